@@ -1,0 +1,35 @@
+# setup_compile_options(target): the warnings and hardening that all our code is built with.
+function(setup_compile_options target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+    if(WIN32)
+        # 0x0502: the declarations of Windows XP x64, the oldest system we run on.
+        target_compile_definitions(${target} PRIVATE
+            UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX WINVER=0x0502 _WIN32_WINNT=0x0502)
+    endif()
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /WX /permissive- /utf-8 /guard:cf)
+    else()
+        target_compile_options(${target} PRIVATE
+            -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wundef -Wcast-qual
+            -Wformat=2 -Werror
+            $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast>)
+    endif()
+    if(SETUP_CHECKS)
+        # Traps instead of reports: this target has no sanitizer run-time library.
+        target_compile_options(${target} PRIVATE
+            -fsanitize=undefined -fsanitize-undefined-trap-on-error -fstack-protector-strong)
+        target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+        target_link_libraries(${target} PRIVATE ssp)
+    endif()
+    if(SETUP_SANITIZE)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+        target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+    endif()
+    if(SETUP_COVERAGE)
+        target_compile_options(${target} PRIVATE --coverage)
+        target_link_options(${target} PRIVATE --coverage)
+    endif()
+endfunction()

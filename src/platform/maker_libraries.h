@@ -1,0 +1,24 @@
+// What the program imports from the maker's two closed libraries. The stand-ins in companions/
+// export the same names; either pair serves without a rebuild.
+#pragma once
+
+#ifdef SETUP_BUILDS_COMPANION
+#define MAKER_LIBRARY
+#else
+#define MAKER_LIBRARY __declspec(dllimport)
+#endif
+
+extern "C" {
+
+// Quenlor64.DLL: writes one line to the log. A wide printf format, "%s" is a wide string. Leaves the
+// thread's last error as it is.
+MAKER_LIBRARY void WriteLog(const wchar_t* format, ...);
+
+// Vantrel64.DLL: installs the process-wide hook; `path` is the library's own full path. Zero means
+// failure, GetLastError() tells why.
+MAKER_LIBRARY unsigned char SetHook(const wchar_t* path);
+
+// Vantrel64.DLL: removes the hook. Zero means failure, GetLastError() tells why.
+MAKER_LIBRARY unsigned char CleanHook();
+
+} // extern "C"

@@ -1,0 +1,42 @@
+// The one door to Windows. Nothing else in the program includes a Windows header, so what the
+// program needs of the system can be read off this folder.
+#pragma once
+
+#include <windows.h>
+// windows.h first, the others build on it.
+#include <cfgmgr32.h>
+#include <newdev.h>
+#include <ntddscsi.h>
+#include <setupapi.h>
+#include <winioctl.h>
+
+#include "platform/maker_libraries.h"
+
+extern "C" {
+
+#ifndef CM_WaitNoPendingInstallEvents
+// Exported by setupapi.dll and cfgmgr32.dll of every Windows, but missing in some SDK headers.
+// Waits until no device installation is pending; the timeout is in milliseconds.
+DWORD WINAPI CMP_WaitNoPendingInstallEvents(DWORD timeout);
+#endif
+
+} // extern "C"
+
+// Entry points of newdev.dll that are resolved by name at run time: the library is present on every
+// Windows, but its import library is not part of every tool chain.
+using UpdateDriverForPlugAndPlayDevicesFunction = BOOL(WINAPI*)(HWND parent, LPCWSTR hardwareId,
+                                                                LPCWSTR infPath, DWORD flags,
+                                                                PBOOL rebootRequired);
+// Exported since Windows XP, declared in no public header. `backup` keeps a way back to the driver
+// that the device has now.
+using InstallSelectedDriverFunction = BOOL(WINAPI*)(HWND parent, HDEVINFO deviceInfoSet,
+                                                    LPCWSTR reserved, BOOL backup,
+                                                    PDWORD rebootFlags);
+using SetupUninstallOEMInfFunction = BOOL(WINAPI*)(PCWSTR infFileName, DWORD flags, PVOID reserved);
+
+// The address of an exported function, or null; the last error tells why.
+template <typename Function>
+Function GetFunction(HMODULE module, const char* name) {
+    // By way of void*: a FARPROC is no function that could be called.
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}

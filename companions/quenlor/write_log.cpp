@@ -31,7 +31,7 @@ extern "C" void WriteLog(const wchar_t* format, ...) {
     const LastErrorKeeper keeper;
     // Zeroed: a format that fails half-way leaves what it has written, ended.
     wchar_t text[quenlor::kMaxTextLength] = {};
-    va_list arguments;
+    va_list arguments = {};
     va_start(arguments, format);
     // This very function and no other of its family: it takes "%s" as a wide string with every
     // compiler, and writes no terminator when the text fills the buffer.

@@ -1,0 +1,93 @@
+"""Host processes: Wine's server and programs, and an X server for the runs that show a window."""
+
+import os
+import signal
+import subprocess
+import time
+
+from . import layout
+
+# No crash dialogs, no .NET, no browser engine, no menu entries on the host.
+_OVERRIDES = "mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe=d"
+
+
+def environment(prefix, display=None, extra=None):
+    """What a program of the machine is started with. The host's own display and home folder stay
+    out of it."""
+    result = {name: value for name, value in os.environ.items()
+              if name not in ("DISPLAY", "WAYLAND_DISPLAY") and not name.startswith("WINE")}
+    result.update(WINEPREFIX=str(prefix), WINEDEBUG="fixme-all,err-all", HOME=str(prefix.parent),
+                  WINEDLLOVERRIDES=_OVERRIDES)
+    if display:
+        result["DISPLAY"] = display
+    result.update(extra or {})
+    return result
+
+
+def server(prefix, argument, timeout=30):
+    subprocess.run([layout.WINE_SERVER, argument], env=environment(prefix), timeout=timeout,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+
+
+def end_session(prefix):
+    """Ends every program of the machine and waits until its registry is written."""
+    server(prefix, "-k")
+    server(prefix, "-w")
+
+
+def capture(prefix, arguments, timeout, display=None, extra=None):
+    """Runs one of Wine's own tools to its end and returns what it printed."""
+    done = subprocess.run([layout.WINE, *arguments], env=environment(prefix, display, extra),
+                          timeout=timeout, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.DEVNULL, check=False)
+    return done.stdout.decode("utf-8", errors="replace")
+
+
+class Screen:
+    """An X server of its own, so that a run neither needs nor touches the display of the host."""
+
+    def __init__(self, size="1024x768x24"):
+        read_end, write_end = os.pipe()
+        self._process = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", size, "-nolisten", "tcp"],
+            pass_fds=[write_end], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write_end)
+        with os.fdopen(read_end) as answer:
+            number = answer.readline().strip()
+        if not number:
+            self.end()
+            raise layout.LabError("no X server could be started (Xvfb)")
+        self.display = ":" + number
+
+    def shoot(self, path):
+        """Writes the whole screen to a .png file; true when that worked."""
+        done = subprocess.run(["import", "-display", self.display, "-window", "root", str(path)],
+                              timeout=30, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                              check=False)
+        return done.returncode == 0 and path.exists()
+
+    def end(self):
+        self._process.terminate()
+        self._process.wait()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.end()
+
+
+def stop_as_interrupt():
+    """Makes a termination signal unwind like Ctrl-C, so that machines are cleaned up."""
+    def unwind(*_):
+        raise KeyboardInterrupt
+    signal.signal(signal.SIGTERM, unwind)
+    signal.signal(signal.SIGHUP, unwind)
+
+
+def wait_until(condition, seconds, step=0.05):
+    """Waits for a condition; its last value."""
+    deadline = time.monotonic() + seconds
+    while not (value := condition()) and time.monotonic() < deadline:
+        time.sleep(step)
+    return value

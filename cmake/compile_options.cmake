@@ -12,7 +12,7 @@ function(setup_compile_options target)
     else()
         target_compile_options(${target} PRIVATE
             -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wundef -Wcast-qual
-            -Wformat=2 -Werror
+            -Wformat=2 -Werror -ffunction-sections -fdata-sections
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast>)
     endif()
     if(SETUP_CHECKS)

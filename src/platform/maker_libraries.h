@@ -10,8 +10,8 @@
 
 extern "C" {
 
-// Quenlor64.DLL: writes one line to the log. A wide printf format, "%s" is a wide string. Leaves the
-// thread's last error as it is.
+// Quenlor64.DLL: writes one line to the log. A wide printf format, "%s" is a wide string. Leaves
+// the thread's last error as it is.
 MAKER_LIBRARY void WriteLog(const wchar_t* format, ...);
 
 // Vantrel64.DLL: installs the process-wide hook; `path` is the library's own full path. Zero means

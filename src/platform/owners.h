@@ -5,8 +5,8 @@
 
 #include <utility>
 
-// Closing must not hide why a step failed: callers log GetLastError() after the failing function has
-// returned and its owners are gone.
+// Closing must not hide why a step failed: callers log GetLastError() after the failing function
+// has returned and its owners are gone.
 class LastErrorKeeper {
 public:
     LastErrorKeeper() : kept_(GetLastError()) {}

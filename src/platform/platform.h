@@ -7,6 +7,7 @@
 #include <cfgmgr32.h>
 #include <newdev.h>
 #include <ntddscsi.h>
+#include <regstr.h>
 #include <setupapi.h>
 #include <winioctl.h>
 

@@ -1,0 +1,44 @@
+#include "cleanup/clean_system_env.h"
+
+#include "cleanup/clean_device.h"
+#include "cleanup/clean_inf.h"
+#include "cleanup/remove_file.h"
+#include "config/driver_packet.h"
+#include "inf/driver_files.h"
+#include "inf/models.h"
+#include "system/serial_services.h"
+
+#include <algorithm>
+
+namespace {
+
+bool CleanDevicesOf(const std::wstring& infPath) {
+    DeviceIdList ids;
+    std::wstring className;
+    if (!GetDeviceIDFromInf(infPath, ids) || !GetInfClassName(infPath, className)) {
+        return false;
+    }
+    // Devices that are not attached are wanted too: they are what earlier installs left.
+    DeviceInfoSetOwner set = OpenUsbDevices(0);
+    if (!set) {
+        WriteLog(L"CleanDevice: Get device set fail!,error code : 0x%08X", GetLastError());
+        return false;
+    }
+    return CleanDevice(className, ids, std::move(set));
+}
+
+} // namespace
+
+bool CleanSystemEnv() {
+    AdjustSerialServices();
+    const std::wstring folder = GetDriverDir();
+    TextList infSet;
+    if (!FindDriverPacketFiles(folder, L"*.INF", infSet) || infSet.empty()) {
+        WriteLog(L"CleanSystemEnv: Get driver packet %s inf set fail,error code 0x%08X",
+                 folder.c_str(), GetLastError());
+        return false;
+    }
+    return std::all_of(infSet.begin(), infSet.end(), CleanDevicesOf) &&
+           std::all_of(infSet.begin(), infSet.end(), CleanInf) &&
+           std::all_of(infSet.begin(), infSet.end(), RemoveFile);
+}

@@ -1,0 +1,37 @@
+#include "config/driver_packet.h"
+
+#include "common/limits.h"
+#include "common/paths.h"
+#include "config/windows_generation.h"
+#include "platform/owners.h"
+
+std::wstring GetDriverDir() {
+    const std::wstring executable = ExecutablePath(PathCapacity);
+    const std::wstring osName = GetOsName();
+    const std::wstring bitness = std::to_wstring(sizeof(void*) * 8);
+    WriteLog(L"GetDriverDir: Get system %s\tbit %s", osName.c_str(), bitness.c_str());
+    if (!Contains(executable, L"\\")) {
+        return {};
+    }
+    const std::wstring folder =
+        ReplaceAfterLast(executable, L'\\', PacketFolderName(osName, bitness));
+    return Cut(folder, PathCapacity);
+}
+
+bool FindDriverPacketFiles(const std::wstring& folder, const std::wstring& pattern,
+                           TextList& files) {
+    if (folder.empty() || pattern.empty()) {
+        return false;
+    }
+    files.clear();
+    WIN32_FIND_DATAW entry{};
+    const FileSearchOwner search(
+        FindFirstFileW(Cut(folder + pattern, PathCapacity).c_str(), &entry));
+    if (!search) {
+        return GetLastError() == ERROR_FILE_NOT_FOUND;
+    }
+    do {
+        files.push_back(Cut(folder + entry.cFileName, PathCapacity));
+    } while (FindNextFileW(search.Get(), &entry) != FALSE);
+    return true;
+}

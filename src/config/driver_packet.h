@@ -1,0 +1,21 @@
+// The driver packet: the folder of INF files and their drivers that lies beside the executable, one
+// per Windows generation.
+#pragma once
+
+#include "common/text.h"
+
+// The name of the packet's folder for a generation, with a final backslash: "WIN7\", "WIN10\", and
+// with the bitness for every other one ("VISTA64\", "WINXP64\", "64\" when it is unknown).
+std::wstring PacketFolderName(std::wstring_view osName, std::wstring_view bitness);
+
+// Full path of the packet's folder, ending in a backslash, at most 259 characters; empty when the
+// executable's own path is not known. Logs "GetDriverDir: Get system ...".
+std::wstring GetDriverDir();
+
+// Clears `files` and fills it with the full paths of the entries of `folder` (which ends in a
+// backslash) that match `pattern`, in the file system's order. Folders that match are listed too.
+// False when folder or pattern is empty (`files` is then left as it was) or when the folder cannot
+// be read; no match at all is an empty list and true. Writes no log line: callers tell what they
+// needed the files for.
+bool FindDriverPacketFiles(const std::wstring& folder, const std::wstring& pattern,
+                           TextList& files);

@@ -1,0 +1,27 @@
+// The fields of an operation line and the "$" variables of its parameters.
+//
+// A line is `opcode,<fixed fields>,P1,P2,...`; a parameter that begins with "$" names a variable
+// whose value only the running system or Setup.ini knows.
+#pragma once
+
+#include "common/text.h"
+
+// The number of fields, opcode included, in front of a line's parameters.
+inline constexpr std::size_t FileOperFixedFields = 5;
+inline constexpr std::size_t RegeditFixedFields = 6;
+
+// Appends the comma-separated pieces of `text` to `fields` and returns how many entries `fields`
+// has then. A piece may be empty, but nothing is added for a comma at the very end. Empty text
+// appends nothing and returns 0.
+std::size_t SplitByComma(std::wstring_view text, TextList& fields);
+
+// Puts the expanded parameters of a file operation line into `parameters`. Variables: WINDOWS,
+// SYSTEM, CD, OSPARTION, OSDRIVER, else the key of that name in section USER_ENV_PARA. False when
+// the line is empty, has fewer fields than its fixed ones, or names a folder that the system does
+// not tell.
+bool ExpandFileOperVariables(const std::wstring& line, TextList& parameters);
+
+// The same for a registry request. Variables: USERKEY, Wow6432Node, DEVID, else the key of that
+// name in section USER_ENV_PARA. False when the line is empty or has fewer fields than its fixed
+// ones.
+bool ExpandRegeditVariables(const std::wstring& line, TextList& parameters);

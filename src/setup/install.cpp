@@ -1,0 +1,41 @@
+#include "setup/install.h"
+
+#include "cleanup/clean_system_env.h"
+#include "common/run_state.h"
+#include "install/device_tree.h"
+#include "install/pre_install.h"
+#include "install/update_install.h"
+#include "operations/file_operations.h"
+#include "operations/registry_operations.h"
+#include "system/serial_services.h"
+#include "ui/progress_window.h"
+
+namespace {
+
+bool InstallPacket() {
+    switch (InstallModeValue) {
+    case 0:
+    case 2:
+        return ReenumerateDeviceTree() && PreInstall();
+    case 1:
+        return UpdateInstall();
+    default:
+        // A packet that only runs its scripts.
+        return true;
+    }
+}
+
+} // namespace
+
+bool Install() {
+    if (!CleanSystemEnv() || !RunRegeditSection(L"PRE_REG_OPER") ||
+        !RunFileOperSection(L"PRE_FILE_OPER")) {
+        return false;
+    }
+    ShowLangText(L"STR_INSTALL");
+    if (!InstallPacket()) {
+        return false;
+    }
+    AdjustSerialServices();
+    return RunRegeditSection(L"POST_REG_OPER") && RunFileOperSection(L"POST_FILE_OPER");
+}

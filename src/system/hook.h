@@ -1,0 +1,17 @@
+// The hook library beside the executable.
+#pragma once
+
+// Hands the hook library its own full path. False with "InstallHook: Install hook ..." when the
+// library refuses.
+bool InstallHook();
+
+// Removes the hook when it is destroyed. The program's one instance does so while the process ends,
+// in every run, also in one that installed no hook: the library cleans up what an earlier run left.
+// Logs "CHookHelper: UnInstall hook fail, ..." when the library fails.
+class CHookHelper {
+public:
+    CHookHelper() = default;
+    ~CHookHelper();
+    CHookHelper(const CHookHelper&) = delete;
+    CHookHelper& operator=(const CHookHelper&) = delete;
+};

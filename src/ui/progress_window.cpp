@@ -3,20 +3,10 @@
 #include "common/text.h"
 #include "config/config_reader.h"
 #include "platform/owners.h"
-#include "ui/language.h"
+#include "ui/progress_state.h"
 #include "ui/resource.h"
 
-#include <atomic>
-
 namespace {
-
-// Shared with the window's thread, without a lock. The language and the layout are set before that
-// thread starts. The dialog stores its handle before it takes the text, and the other side changes
-// the text before it looks for the handle: whichever comes last shows the newest text.
-std::wstring LanguageName;
-LanguageText ProgressText{};
-std::atomic<HWND> ProgressDialog{nullptr};
-std::atomic<bool> RightToLeftLayout{false};
 
 void LoadProgressText(const std::wstring& key) {
     LoadLanguageText(LanguageName, key, ProgressText);

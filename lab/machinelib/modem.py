@@ -3,23 +3,16 @@
 import shutil
 import subprocess
 import sys
-import time
 
-from . import host, layout, nodes
+from . import layout, nodes
 
-_DRIVER = ("lab/modem/vmodem.sys", "lab/vmodem.sys", "vmodem.sys")
 JOURNAL = "C:\\vmodem.log"
+_DRIVER = layout.BUILD / "lab" / "vmodem.sys"
+_CONTROL = layout.BUILD / "lab" / "modemctl.exe"
 
 # The interfaces of a composite modem as plain nodes; enough to try a packet without the driver.
 PLAIN_MODEM = tuple(f"USB\\VID_3A9D&PID_9001{part}\\0123456789{tail}" for part, tail in (
     ("", ""), ("&MI_00", "&0"), ("&MI_01", "&1"), ("&MI_02", "&2")))
-
-
-def driver_file():
-    for place in _DRIVER:
-        if (layout.BUILD / place).exists():
-            return layout.BUILD / place
-    raise layout.LabError(f"the bus driver is not built: {layout.BUILD / _DRIVER[0]}")
 
 
 def plug(machine, description):
@@ -30,8 +23,17 @@ def plug(machine, description):
                            str(description)], capture_output=True, text=True, check=False)
     if made.returncode != 0:
         raise layout.LabError(made.stderr.strip() or f"{description} could not be read")
-    shutil.copy2(driver_file(), machine.prefix / layout.DRIVERS / "vmodem.sys")
+    if not _DRIVER.exists() or not _CONTROL.exists():
+        raise layout.LabError(f"the virtual modem is not built: {_DRIVER}")
+    shutil.copy2(_DRIVER, machine.prefix / layout.DRIVERS)
+    (machine.prefix / "drive_c" / "lab").mkdir(exist_ok=True)
+    shutil.copy2(_CONTROL, machine.prefix / "drive_c" / "lab")
     machine.seed(made.stdout)
+
+
+def control(machine, *arguments):
+    """Steers the modems of a machine that is on; see modemctl.exe."""
+    return machine.tool("C:\\lab\\modemctl.exe", *arguments)
 
 
 def plug_plain(machine, instance_ids=PLAIN_MODEM):
@@ -44,24 +46,16 @@ def journal(machine):
     return machine.journal(JOURNAL)
 
 
-def wait_settled(machine, seconds=15, quiet=0.5):
-    """Turns the machine on and waits until the bus has shown what it shows at the begin: its
-    journal has then not grown for a while."""
+def wait_settled(machine, seconds=15):
+    """Turns the machine on and waits until the bus has shown what it shows at the begin."""
     machine.on()
-    last = [None, time.monotonic()]
-
-    def is_quiet():
-        text = journal(machine)
-        if text != last[0]:
-            last[:] = text, time.monotonic()
-        return "session begins" in text and time.monotonic() - last[1] > quiet
-
-    # The first program of a session is what makes Wine start its drivers.
-    machine.tool("cmd", "/c", "exit")
-    if (machine.prefix / layout.DRIVERS / "vmodem.sys").exists():
-        host.wait_until(is_quiet, seconds)
+    if (machine.prefix / "drive_c" / "lab" / "modemctl.exe").exists():
+        # The first program of a session is what makes Wine start its drivers.
+        machine.tool("cmd", "/c", "exit")
+        control(machine, "wait", str(seconds))
 
 
 def settled_nodes(machine):
+    """The nodes, once the bus has shown them."""
     wait_settled(machine)
     return machine.nodes()

@@ -9,14 +9,7 @@ from . import generations, layout
 PACKETS = layout.LAB / "packets"
 
 # The gap filler takes the place of the hook library, which the program loads anyway.
-_GAP_FILLER = ("lab/gapfill/Vantrel64.DLL", "lab/Vantrel64.DLL", "gapfill/Vantrel64.DLL")
-
-
-def gap_filler():
-    for place in _GAP_FILLER:
-        if (layout.BUILD / place).exists():
-            return layout.BUILD / place
-    raise layout.LabError(f"the gap filler is not built: {layout.BUILD / _GAP_FILLER[0]}")
+_GAP_FILLER = layout.BUILD / "lab" / "Vantrel64.DLL"
 
 
 def furnish(machine, packet="demo"):
@@ -24,7 +17,7 @@ def furnish(machine, packet="demo"):
     folder = PACKETS / packet if (PACKETS / packet).is_dir() else pathlib.Path(packet)
     if not folder.is_dir():
         raise layout.LabError(f"there is no packet {packet}")
-    machine.place(layout.BUILD / "Setup.exe", layout.BUILD / "Quenlor64.DLL", gap_filler(), folder)
+    machine.place(layout.BUILD / "Setup.exe", layout.BUILD / "Quenlor64.DLL", _GAP_FILLER, folder)
     wanted = machine.program / generations.packet_folder(machine.generation)
     if not wanted.exists() and (machine.program / "WIN7").exists():
         # Packets come for two generations; the others use the older one's files.

@@ -1,0 +1,49 @@
+/* What user programs and the driver say to each other through \\.\VModemCtl.
+ * Include after <ntddk.h> or <windows.h>. */
+#pragma once
+
+/* The same arithmetic as CTL_CODE(FILE_DEVICE_UNKNOWN, n, METHOD_BUFFERED, FILE_ANY_ACCESS). */
+#define MODEM_CONTROL_CODE(n) ((0x22u << 16) | ((n) << 2))
+
+/* in: ModemWish. The modem changes to that personality; the call does not wait for it. */
+#define MODEM_CONTROL_WISH MODEM_CONTROL_CODE(0xA00u)
+/* in: ULONG number of the modem, out: ModemState. Fails for a modem that is not described. */
+#define MODEM_CONTROL_STATE MODEM_CONTROL_CODE(0xA01u)
+/* The bus is looked through again: nodes taken off by REMOVE, or whose registry key was deleted,
+ * come back. ModemState.scanning tells when it is done. */
+#define MODEM_CONTROL_RESCAN MODEM_CONTROL_CODE(0xA02u)
+/* The Parameters key is read again; nodes that are plugged keep what they have until unplugged. */
+#define MODEM_CONTROL_RELOAD MODEM_CONTROL_CODE(0xA03u)
+/* in: instance id, zero-ended. The node goes and stays away until the next RESCAN. */
+#define MODEM_CONTROL_REMOVE MODEM_CONTROL_CODE(0xA04u)
+/* in: ULONG number of the node, out: NodeState. Fails for a node that is not described. */
+#define MODEM_CONTROL_NODE MODEM_CONTROL_CODE(0xA05u)
+
+/* The faces a modem can show. Any number may be used; these three have names. */
+#define PERSONALITY_OFF 0u
+#define PERSONALITY_STORAGE 1u
+#define PERSONALITY_MODEM 2u
+
+#define MODEM_LIMIT 4u
+#define NODE_LIMIT 32u
+#define ID_LENGTH 200u /* characters of a device or instance id, the final zero included */
+
+typedef struct {
+    ULONG modem;
+    ULONG personality;
+} ModemWish;
+
+typedef struct {
+    ULONG personality; /* what it shows now */
+    ULONG wanted;      /* what it will show when it is settled */
+    ULONG settled;     /* 1: no change and no arrival is still to come */
+    ULONG plugged;     /* nodes on the bus now */
+    ULONG scanning;    /* 1: the driver is at work, on whichever modem */
+} ModemState;
+
+typedef struct {
+    ULONG modem;
+    ULONG personality;
+    ULONG plugged;
+    WCHAR instanceId[2 * ID_LENGTH];
+} NodeState;

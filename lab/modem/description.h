@@ -1,0 +1,50 @@
+/* The modems as a person described them: read from the driver's Parameters key, which
+ * lab/modem_description.py writes. Nothing in here changes while the modems live. */
+#pragma once
+
+#include "driver.h"
+
+#define IDS_LENGTH (2u * ID_LENGTH) /* characters of a list of ids, all zeros included */
+#define SCSI_ORDER_LIMIT 16u
+#define INQUIRY_SIZE 36u
+
+/* Times are milliseconds. */
+typedef struct {
+    BOOLEAN isDescribed;
+    ULONG startPersonality;      /* shown when a session begins */
+    ULONG personalityAfterOrder; /* shown after an obeyed order; may be the same as before */
+    BOOLEAN obeys;               /* FALSE: orders are noted, answered with success, and ignored */
+    ULONG switchDelay;           /* from the order to the going of the old nodes */
+    ULONG goneDelay;             /* from their going to the new personality */
+    ULONG vendorOrder;           /* control code that means "switch"; 0: none */
+    UCHAR scsiOrder[SCSI_ORDER_LIMIT];
+    ULONG scsiOrderLength; /* how many first bytes of a command are compared; 0: none */
+    UCHAR inquiry[INQUIRY_SIZE];
+    ULONG inquiryLength;
+} ModemDescription;
+
+/* Id lists are several zero-ended strings behind each other, ended by an empty one. */
+typedef struct {
+    BOOLEAN isDescribed;
+    ULONG modem;        /* the modem it is part of */
+    ULONG personality;  /* the one in which it shows */
+    ULONG arrivesAfter; /* from the begin of the personality */
+    ULONG leavesAfter;  /* the same, 0: stays */
+    BOOLEAN neverArrives;
+    BOOLEAN refusesToOpen;
+    BOOLEAN hasInterface;
+    GUID interfaceClass;
+    WCHAR device[ID_LENGTH];
+    WCHAR instance[ID_LENGTH];
+    WCHAR hardwareIds[IDS_LENGTH];
+    ULONG hardwareIdsLength; /* characters */
+    WCHAR compatibleIds[IDS_LENGTH];
+    ULONG compatibleIdsLength;
+} NodeDescription;
+
+extern ModemDescription modemDescriptions[MODEM_LIMIT];
+extern NodeDescription nodeDescriptions[NODE_LIMIT];
+
+/* Reads everything from the key Parameters under `servicePath`. Called with NULL it reads the same
+ * place again; a node that is plugged then keeps its description. */
+void ReadDescription(const UNICODE_STRING* servicePath);

@@ -1,0 +1,42 @@
+/* The nodes on the bus: which of the described ones have a device object at the moment.
+ *
+ * A node is plugged by making its device object and unplugged by dropping it; the system learns
+ * of either when AnnounceNodes makes it ask for the list. Plugging, unplugging and announcing are
+ * done by the timeline's thread only; questions may come from any thread. */
+#pragma once
+
+#include "driver.h"
+
+#include "description.h"
+
+/* Behind the system's part of every node's device object. */
+typedef struct {
+    ULONG node;
+    BOOLEAN isUnplugged; /* no longer on the bus; the object lives on until the system lets go */
+    BOOLEAN hasLink;
+    UNICODE_STRING link; /* path of its device interface, "\??\USB#VID_...#{...}" */
+} NodeExtension;
+
+void PrepareNodes(DRIVER_OBJECT* driver);
+
+BOOLEAN IsNodeDevice(const DEVICE_OBJECT* device);
+NodeExtension* ExtensionOf(DEVICE_OBJECT* device);
+
+BOOLEAN NodeIsPlugged(ULONG node);
+ULONG CountPluggedNodes(ULONG modem);
+
+void PlugNode(ULONG node);
+/* Nothing happens to a node that is not plugged. */
+void UnplugNode(ULONG node);
+/* Makes the system ask for the list and start or remove what changed; returns when that is done.
+ * This includes the installation of a driver from the system's INF store. */
+void AnnounceNodes(void);
+
+/* The answer to the system's question: all plugged nodes, each with a reference for the caller.
+ * NULL when memory runs out. */
+DEVICE_RELATIONS* ListNodes(void);
+
+/* Full instance id, "USB\VID_...\serial", into `to` (2 * ID_LENGTH characters). */
+void FormatInstanceId(ULONG node, WCHAR* to);
+/* The described node with that instance id (case ignored), NODE_LIMIT when there is none. */
+ULONG FindNode(const WCHAR* instanceId);

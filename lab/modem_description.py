@@ -10,6 +10,7 @@ or from the command line, to check a description and see the registry text:
     python3 lab/modem_description.py lab/packets/demo.modem
 """
 
+import os
 import re
 import sys
 
@@ -92,9 +93,14 @@ class Node:
         self.leaves_after = 0
         self.never_arrives = False
         self.refuses_to_open = False
+        self.class_name = ""
+        self.class_guid = ""
 
     def values(self):
+        guid = self.class_guid or CLASSES.get(self.class_name, "")
         return [
+            ("Class", self.class_name),
+            ("ClassGuid", guid),
             ("Modem", self.modem),
             ("Personality", self.personality),
             ("Device", self.device),
@@ -211,10 +217,9 @@ def _key_text(key):
 
 def _number(text):
     """A number of milliseconds or flags, decimal or with 0x in front."""
-    value = int(text, 0)
-    if not 0 <= value <= 0xFFFFFFFF:
-        raise ValueError(f"{text} is no number from 0 to 0xFFFFFFFF")
-    return value
+    if not re.fullmatch(r"\d+|0x[0-9A-Fa-f]+", text) or int(text, 0) > 0xFFFFFFFF:
+        raise ValueError(f"{text!r} is no number from 0 to 0xFFFFFFFF")
+    return int(text, 0)
 
 
 def _yes_or_no(text):
@@ -224,7 +229,11 @@ def _yes_or_no(text):
 
 
 def _personality(text):
-    return PERSONALITIES[text] if text in PERSONALITIES else _number(text)
+    if text in PERSONALITIES:
+        return PERSONALITIES[text]
+    if not text.isdigit():
+        raise ValueError(f"{text!r} is no personality (off, storage, modem, or a number)")
+    return _number(text)
 
 
 def _guid(text):
@@ -253,6 +262,8 @@ def _apply_order(modem, text):
     if kind == "ioctl":
         modem.vendor_order = _number(rest.strip())
     elif kind == "scsi":
+        if not re.fullmatch(r"[0-9A-Fa-f]{2}( [0-9A-Fa-f]{2})*", rest):
+            raise ValueError("a SCSI order is written as hexadecimal bytes: scsi 11 06")
         modem.scsi_order = bytes.fromhex(rest)
         if not 1 <= len(modem.scsi_order) <= SCSI_ORDER_LIMIT:
             raise ValueError(f"a SCSI order has 1 to {SCSI_ORDER_LIMIT} bytes")
@@ -298,6 +309,8 @@ NODE_KEYS = {
     "leaves-after": _set("leaves_after", _number),
     "never-arrives": _set("never_arrives", _yes_or_no),
     "refuses-to-open": _set("refuses_to_open", _yes_or_no),
+    "class": _set("class_name", _text),
+    "class-guid": _set("class_guid", _guid),
 }
 GHOST_KEYS = {
     "device": _set("device", _id),
@@ -314,37 +327,42 @@ GHOST_KEYS = {
 # ---- reading files ----------------------------------------------------------------------------
 
 
+def _begin(thing, keys, things):
+    things.append(thing)
+    return thing, keys
+
+
 class _Reader:
     """Goes through the lines; `thing` is what the current section describes."""
 
-    def __init__(self, description):
-        self.description = description
-        self.thing = description
+    def __init__(self):
+        self.description = Description()
+        self.thing = self.description
         self.keys = FILE_KEYS
+        self.named = {}
 
-    def section(self, name):
-        kind = name.split()[0] if name.split() else ""
+    def _new_thing(self, kind):
         description = self.description
         if kind == "modem":
-            self.thing, self.keys = Modem(), MODEM_KEYS
-            description.modems.append(self.thing)
-        elif kind == "node":
-            if not description.modems:
-                raise ValueError("a [node] must stand behind the [modem] it is part of")
-            self.thing, self.keys = Node(len(description.modems) - 1), NODE_KEYS
-            description.nodes.append(self.thing)
-        elif kind == "ghost":
-            self.thing, self.keys = Ghost(), GHOST_KEYS
-            description.ghosts.append(self.thing)
-        else:
-            raise ValueError(f"[{name}] is none of [modem], [node], [ghost]")
+            return _begin(Modem(), MODEM_KEYS, description.modems)
+        if kind == "ghost":
+            return _begin(Ghost(), GHOST_KEYS, description.ghosts)
+        if kind != "node":
+            raise ValueError(f"[{kind}] is none of [modem], [node], [ghost]")
+        if not description.modems:
+            raise ValueError("a [node] must stand behind the [modem] it is part of")
+        return _begin(Node(len(description.modems) - 1), NODE_KEYS, description.nodes)
 
-    def line(self, text):
-        if text.startswith("["):
-            if not text.endswith("]"):
-                raise ValueError("the section's closing bracket is missing")
-            self.section(text[1:-1])
+    def section(self, title):
+        kind, _, name = title.partition(" ")
+        if (kind, name) in self.named:
+            self.thing, self.keys = self.named[kind, name]
             return
+        self.thing, self.keys = self._new_thing(kind)
+        if name:
+            self.named[kind, name] = self.thing, self.keys
+
+    def entry(self, text):
         key, equals, value = text.partition("=")
         if not equals:
             raise ValueError("neither a [section] nor a key = value")
@@ -352,6 +370,35 @@ class _Reader:
             known = ", ".join(sorted(self.keys))
             raise ValueError(f"{key.strip()!r} is not known here (known: {known})")
         self.keys[key.strip()](self.thing, value.strip())
+
+    def line(self, text, folder):
+        if text.startswith("include "):
+            self.file(os.path.join(folder, text.partition(" ")[2].strip()))
+        elif not text.startswith("["):
+            self.entry(text)
+        elif text.endswith("]"):
+            self.section(text[1:-1].strip())
+        else:
+            raise ValueError("the section's closing bracket is missing")
+
+    def text(self, text, name):
+        for number, line in enumerate(text.splitlines(), 1):
+            stripped = line.strip()
+            if not stripped or stripped[0] in "#;":
+                continue
+            try:
+                self.line(stripped, os.path.dirname(name))
+            except ValueError as error:
+                raise DescriptionError(f"{name}:{number}: {error}") from None
+
+    def file(self, path):
+        try:
+            with open(path, encoding="utf-8") as file:
+                self.text(file.read(), path)
+        except OSError as error:
+            raise DescriptionError(f"{path}: {error.strerror}") from None
+        except UnicodeDecodeError:
+            raise DescriptionError(f"{path}: is not UTF-8 text") from None
 
 
 def _check_named(things, kind):
@@ -374,18 +421,7 @@ def _check_whole(description):
         raise ValueError("two nodes have the same device and instance")
 
 
-def parse(text, name="description"):
-    """The Description in a text; `name` stands in error messages for the file."""
-    description = Description()
-    reader = _Reader(description)
-    for number, line in enumerate(text.splitlines(), 1):
-        stripped = line.strip()
-        if not stripped or stripped[0] in "#;":
-            continue
-        try:
-            reader.line(stripped)
-        except ValueError as error:
-            raise DescriptionError(f"{name}:{number}: {error}") from None
+def _checked(description, name):
     try:
         _check_whole(description)
     except ValueError as error:
@@ -393,15 +429,18 @@ def parse(text, name="description"):
     return description
 
 
+def parse(text, name="description"):
+    """The Description in a text; `name` stands in error messages for the file."""
+    reader = _Reader()
+    reader.text(text, name)
+    return _checked(reader.description, name)
+
+
 def load(path):
     """The Description in a file; DescriptionError when the file is wrong or cannot be read."""
-    try:
-        with open(path, encoding="utf-8") as file:
-            return parse(file.read(), str(path))
-    except OSError as error:
-        raise DescriptionError(f"{path}: {error.strerror}") from None
-    except UnicodeDecodeError:
-        raise DescriptionError(f"{path}: is not UTF-8 text") from None
+    reader = _Reader()
+    reader.file(str(path))
+    return _checked(reader.description, path)
 
 
 def main(arguments):

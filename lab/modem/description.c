@@ -96,6 +96,8 @@ static void ReadNode(HANDLE key, NodeDescription* node) {
     node->neverArrives = ReadNumber(key, L"NeverArrives", 0) != 0;
     node->refusesToOpen = ReadNumber(key, L"RefusesToOpen", 0) != 0;
     ReadInterface(key, node);
+    ReadText(key, L"Class", node->className, CLASS_LENGTH);
+    ReadText(key, L"ClassGuid", node->classGuid, CLASS_LENGTH);
     ReadText(key, L"Device", node->device, ID_LENGTH);
     ReadText(key, L"Instance", node->instance, ID_LENGTH);
     node->hardwareIdsLength = ReadList(key, L"HardwareIds", node->hardwareIds, IDS_LENGTH);

@@ -5,6 +5,7 @@
 #include "driver.h"
 
 #define IDS_LENGTH (2u * ID_LENGTH) /* characters of a list of ids, all zeros included */
+#define CLASS_LENGTH 40u
 #define SCSI_ORDER_LIMIT 16u
 #define INQUIRY_SIZE 36u
 
@@ -34,6 +35,8 @@ typedef struct {
     BOOLEAN refusesToOpen;
     BOOLEAN hasInterface;
     GUID interfaceClass;
+    WCHAR className[CLASS_LENGTH]; /* of the driver that comes with Windows; empty: none fits */
+    WCHAR classGuid[CLASS_LENGTH];
     WCHAR device[ID_LENGTH];
     WCHAR instance[ID_LENGTH];
     WCHAR hardwareIds[IDS_LENGTH];

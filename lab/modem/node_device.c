@@ -43,6 +43,7 @@ static NTSTATUS Start(DEVICE_OBJECT* device, IRP* irp) {
     NodeExtension* const extension = ExtensionOf(device);
     const NodeDescription* const node = &nodeDescriptions[extension->node];
     MarkPresent(extension->node);
+    InstallDriverOfSystem(extension->node);
     if (node->hasInterface && NT_SUCCESS(IoRegisterDeviceInterface(device, &node->interfaceClass,
                                                                    NULL, &extension->link))) {
         extension->hasLink = TRUE;

@@ -56,3 +56,30 @@ void ForgetPhantom(ULONG node) {
         ZwClose(key);
     }
 }
+
+static BOOLEAN HasValue(HANDLE key, const WCHAR* name) {
+    UNICODE_STRING valueName;
+    ULONG size = 0;
+    RtlInitUnicodeString(&valueName, name);
+    return ZwQueryValueKey(key, &valueName, KeyValuePartialInformation, NULL, 0, &size) !=
+           STATUS_OBJECT_NAME_NOT_FOUND;
+}
+
+static void SetText(HANDLE key, const WCHAR* name, WCHAR* text) {
+    UNICODE_STRING valueName;
+    RtlInitUnicodeString(&valueName, name);
+    ZwSetValueKey(key, &valueName, 0, REG_SZ, text, (ULONG)((wcslen(text) + 1) * sizeof(WCHAR)));
+}
+
+void InstallDriverOfSystem(ULONG node) {
+    NodeDescription* const description = &nodeDescriptions[node];
+    HANDLE key;
+    if (description->className[0] == 0 || !OpenEnumKey(node, L"", FALSE, &key)) {
+        return;
+    }
+    if (!HasValue(key, L"Class")) {
+        SetText(key, L"Class", description->className);
+        SetText(key, L"ClassGUID", description->classGuid);
+    }
+    ZwClose(key);
+}

@@ -10,5 +10,9 @@ BOOLEAN NodeKeyExists(ULONG node);
 void MarkPresent(ULONG node);
 void MarkAbsent(ULONG node);
 
+/* Gives the node the class of the driver that comes with Windows (for a disk, a CD-ROM, a composite
+ * device), as described, unless an installed driver has given it one. Wine has no such drivers. */
+void InstallDriverOfSystem(ULONG node);
+
 /* Takes back Wine's own remark that the node is a phantom. */
 void ForgetPhantom(ULONG node);

@@ -184,7 +184,7 @@ public:
     // --- journal --------------------------------------------------------------------------------
     // Everything in order: "SetupDiGetClassDevsW(null, USB, 0x4)", "LOG UpdateInstall: ...". A call
     // that an injected failure met ends in " -> fails 0x00000005".
-    [[nodiscard]] const Lines& Journal() const;
+    [[nodiscard]] Lines Journal() const;
     // The log lines only, without the "LOG " in front.
     [[nodiscard]] Lines Log() const;
     // Calls only.

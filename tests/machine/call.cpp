@@ -1,0 +1,87 @@
+#include "machine/call.h"
+
+namespace machine {
+
+namespace {
+
+std::string LineOf(const char* function, std::initializer_list<Argument> arguments) {
+    std::string line = std::string(function) + "(";
+    for (const Argument& argument : arguments) {
+        line += (line.back() == '(' ? "" : ", ") + argument.Text;
+    }
+    return line + ")";
+}
+
+void RunActions(const std::map<std::pair<std::string, int>, std::vector<Action>>& actions,
+                const char* function, int number) {
+    const auto found = actions.find({function, number});
+    if (found != actions.end()) {
+        for (const Action& action : found->second) {
+            action();
+        }
+    }
+}
+
+} // namespace
+
+Argument Named(const void* handle) {
+    State* state = Inside();
+    return state == nullptr ? std::string() : state->Handles.Name(handle);
+}
+
+Argument Buffer(const void* buffer) {
+    return buffer == nullptr ? "null" : "_";
+}
+
+Call::Call(const char* function, Counting counting, std::initializer_list<Argument> arguments,
+           Telling telling)
+    : state_(machine::Inside()), function_(function), lastError_(GetLastError()) {
+    if (state_ == nullptr) {
+        lastError_ = ERROR_NOT_READY;
+        return;
+    }
+    if (counting != Counting::Never) {
+        state_->Threads.Step();
+        if (state_->Threads.EndedWith && state_->Threads.OnMain()) {
+            throw ProcessEnded{*state_->Threads.EndedWith};
+        }
+    }
+    Recording& record = state_->Record;
+    number_ = ++record.CallCounts[function];
+    RunActions(record.Before, function, number_);
+    std::string line = LineOf(function, arguments);
+    CountAndDecide(counting);
+    if (fault_ != 0) {
+        line += " -> fails " + HexText(fault_);
+        lastError_ = fault_;
+    }
+    record.Entries.push_back({line, function, telling == Telling::Story});
+    if (counting != Counting::Never && ++record.Steps > record.StepBudget) {
+        throw StepBudgetExceeded{line};
+    }
+}
+
+void Call::CountAndDecide(Counting counting) {
+    Recording& record = state_->Record;
+    if (counting == Counting::Always || (counting == Counting::Setting && record.SettingsCount)) {
+        if (++record.Counted == record.FailAt) {
+            record.Failed = function_;
+            fault_ = record.FailWith;
+        }
+    }
+    for (const OrderedFailure& fault : record.Faults) {
+        if (fault.Function == function_ &&
+            (fault.Call == number_ || (fault.AndLater && number_ > fault.Call))) {
+            fault_ = fault.Error;
+        }
+    }
+}
+
+Call::~Call() {
+    if (state_ != nullptr && !state_->Record.After.empty()) {
+        RunActions(state_->Record.After, function_, number_);
+    }
+    SetLastError(lastError_);
+}
+
+} // namespace machine

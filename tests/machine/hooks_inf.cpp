@@ -1,0 +1,120 @@
+// The INF parser: the system's own, on the sandbox's files.
+#include "machine/call.h"
+#include "machine/sandbox.h"
+
+namespace {
+
+using namespace machine;
+
+// Lines are found through the parser's real handle, kept in the context.
+bool IsOfOpenInf(State& state, const INFCONTEXT* line) {
+    for (const auto& [value, handle] : state.Handles.All()) {
+        if (handle.What == Kind::Inf && handle.Real == line->Inf) {
+            return true;
+        }
+    }
+    Misuse(state, "a line of a closed INF");
+    return false;
+}
+
+BOOL WINAPI HookSetupGetInfInformationW(LPCVOID path, DWORD control, PSP_INF_INFORMATION result,
+                                        DWORD size, PDWORD needed) {
+    const auto* name = static_cast<const wchar_t*>(path);
+    Call call("SetupGetInfInformationW", Counting::Always, {name, control, size}, Telling::Aside);
+    if (call.Fails()) {
+        return FALSE;
+    }
+    if (control != INFINFO_INF_NAME_IS_ABSOLUTE) {
+        Misuse(call.Inside(), "SetupGetInfInformationW with a search control the machine lacks");
+        return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
+    }
+    return call.Real(SetupGetInfInformationW(RealPath(call.Inside(), name).c_str(), control, result,
+                                             size, needed));
+}
+
+HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUINT errorLine) {
+    Call call("SetupOpenInfFileW", Counting::Always, {path, infClass, style}, Telling::Aside);
+    if (call.Fails()) {
+        return INVALID_HANDLE_VALUE;
+    }
+    HINF inf = call.Real(
+        SetupOpenInfFileW(RealPath(call.Inside(), path).c_str(), infClass, style, errorLine));
+    return inf == INVALID_HANDLE_VALUE ? inf : call.Inside().Handles.Open(Kind::Inf, inf);
+}
+
+VOID WINAPI HookSetupCloseInfFile(HINF inf) {
+    Call call("SetupCloseInfFile", Counting::Never, {Named(inf)}, Telling::Aside);
+    if (call.Fails()) {
+        return;
+    }
+    State& state = call.Inside();
+    const OpenHandle* open = state.Handles.Find(inf, Kind::Inf);
+    if (open == nullptr) {
+        Misuse(state, "SetupCloseInfFile on " + state.Handles.Name(inf));
+        return;
+    }
+    SetupCloseInfFile(open->Real);
+    state.Handles.Close(inf);
+}
+
+BOOL WINAPI HookSetupFindFirstLineW(HINF inf, PCWSTR section, PCWSTR key, PINFCONTEXT line) {
+    Call call("SetupFindFirstLineW", Counting::Always, {Named(inf), section, key}, Telling::Aside);
+    if (call.Fails()) {
+        return FALSE;
+    }
+    const OpenHandle* open = call.Inside().Handles.Find(inf, Kind::Inf);
+    if (open == nullptr) {
+        Misuse(call.Inside(), "SetupFindFirstLineW on " + call.Inside().Handles.Name(inf));
+        return call.Fail(FALSE, ERROR_INVALID_HANDLE);
+    }
+    return call.Real(SetupFindFirstLineW(open->Real, section, key, line));
+}
+
+BOOL WINAPI HookSetupFindNextLine(PINFCONTEXT line, PINFCONTEXT next) {
+    Call call("SetupFindNextLine", Counting::Always, {}, Telling::Aside);
+    if (call.Fails() || !IsOfOpenInf(call.Inside(), line)) {
+        return FALSE;
+    }
+    return call.Real(SetupFindNextLine(line, next));
+}
+
+BOOL WINAPI HookSetupGetLineTextW(PINFCONTEXT line, HINF inf, PCWSTR section, PCWSTR key,
+                                  PWSTR buffer, DWORD size, PDWORD needed) {
+    Call call("SetupGetLineTextW", Counting::Always, {Named(inf), Buffer(buffer), size},
+              Telling::Aside);
+    if (call.Fails() || (line != nullptr && !IsOfOpenInf(call.Inside(), line))) {
+        return FALSE;
+    }
+    const OpenHandle* open = call.Inside().Handles.Find(inf, Kind::Inf);
+    return call.Real(SetupGetLineTextW(line, open == nullptr ? nullptr : open->Real, section, key,
+                                       buffer, size, needed));
+}
+
+DWORD WINAPI HookSetupGetFieldCount(PINFCONTEXT line) {
+    Call call("SetupGetFieldCount", Counting::Always, {}, Telling::Aside);
+    if (call.Fails() || !IsOfOpenInf(call.Inside(), line)) {
+        return 0;
+    }
+    return call.Real(SetupGetFieldCount(line));
+}
+
+BOOL WINAPI HookSetupGetStringFieldW(PINFCONTEXT line, DWORD index, PWSTR buffer, DWORD size,
+                                     PDWORD needed) {
+    Call call("SetupGetStringFieldW", Counting::Always, {index, Buffer(buffer), size},
+              Telling::Aside);
+    if (call.Fails() || !IsOfOpenInf(call.Inside(), line)) {
+        return FALSE;
+    }
+    return call.Real(SetupGetStringFieldW(line, index, buffer, size, needed));
+}
+
+} // namespace
+
+MACHINE_HOOK(SetupGetInfInformationW, HookSetupGetInfInformationW);
+MACHINE_HOOK(SetupOpenInfFileW, HookSetupOpenInfFileW);
+MACHINE_HOOK(SetupCloseInfFile, HookSetupCloseInfFile);
+MACHINE_HOOK(SetupFindFirstLineW, HookSetupFindFirstLineW);
+MACHINE_HOOK(SetupFindNextLine, HookSetupFindNextLine);
+MACHINE_HOOK(SetupGetLineTextW, HookSetupGetLineTextW);
+MACHINE_HOOK(SetupGetFieldCount, HookSetupGetFieldCount);
+MACHINE_HOOK(SetupGetStringFieldW, HookSetupGetStringFieldW);

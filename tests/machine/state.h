@@ -1,0 +1,101 @@
+// The machine's inside, shared by its facade and its hooks. Tests do not include this.
+#pragma once
+
+#include "machine/handles.h"
+#include "machine/machine.h"
+#include "machine/scheduler.h"
+
+#include <deque>
+#include <set>
+
+namespace machine {
+
+// One line of the journal.
+struct Entry {
+    std::string Text;
+    std::string Function; // empty: a log line
+    bool InStory = true;
+};
+
+// A failure that the test ordered for one function.
+struct OrderedFailure {
+    std::string Function;
+    int Call = 0;
+    bool AndLater = false;
+    DWORD Error = 0;
+};
+
+// What the journal and the injected failures keep.
+struct Recording {
+    std::vector<Entry> Entries;
+    std::map<std::string, int, std::less<>> CallCounts;
+    std::vector<OrderedFailure> Faults;
+    int FailAt = 0; // k-th counted call, 0 = none
+    DWORD FailWith = 0;
+    std::string Failed;
+    int Counted = 0;
+    bool SettingsCount = false;
+    std::int64_t Steps = 0;
+    std::int64_t StepBudget = 2'000'000;
+    std::map<std::pair<std::string, int>, std::vector<Action>> Before;
+    std::map<std::pair<std::string, int>, std::vector<Action>> After;
+    Lines Misuses;
+};
+
+// A device node and what the system keeps about it.
+struct Node {
+    Device Description;
+    DWORD DevInst = 0;
+};
+
+struct Store {
+    int Copies = 0; // SetupCopyOEMInfW calls so far
+    std::map<int, Milliseconds> CopyTimes;
+    std::set<int> HangingCopies;
+    Milliseconds PendingTime{0};
+};
+
+struct Services {
+    std::deque<Service> All;
+};
+
+struct Desktop {
+    std::map<HWND, Window> Dialogs;
+    HWND Last = nullptr;
+    bool Missing = false;
+    std::vector<Message> Shown;
+};
+
+struct State {
+    std::wstring Executable = L"D:\\Packet\\Setup.exe";
+    std::wstring WindowsFolder = L"C:\\Windows";
+    std::optional<std::wstring> Version = L"6.1.7601.17514";
+    WORD Architecture = PROCESSOR_ARCHITECTURE_AMD64;
+
+    std::wstring Sandbox;      // real folder, without a final backslash
+    std::wstring RegistryRoot; // below HKEY_CURRENT_USER
+    std::set<std::wstring> LockedFiles;
+    std::map<std::wstring, WideTexts> ListingOrders;
+
+    std::deque<Node> Nodes;
+    std::vector<Order> Orders;
+    std::vector<Machine::InstallAnswer> InstallAnswers;
+    std::map<int, std::vector<Action>> AtReenumeration;
+    int Reenumerations = 0;
+    std::vector<std::pair<Milliseconds, Action>> AfterOrder;
+
+    Store InfStore;
+    Services DriverServices;
+    Desktop Screen;
+    Recording Record;
+    HandleTable Handles;
+    Scheduler Threads;
+};
+
+// The state of the living machine, or null: the program's static objects outlive every machine.
+State* Inside();
+
+Node* FindNode(State& state, std::wstring_view instanceId);
+void Misuse(State& state, const std::string& text);
+
+} // namespace machine

@@ -1,0 +1,65 @@
+#include "machine/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace machine {
+
+std::string Utf8(std::wstring_view text) {
+    const int length = static_cast<int>(text.size());
+    const int size =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), length, result.data(), size, nullptr, nullptr);
+    return result;
+}
+
+std::wstring Wide(std::string_view utf8) {
+    const int length = static_cast<int>(utf8.size());
+    const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
+    std::wstring result(static_cast<std::size_t>(size), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, result.data(), size);
+    return result;
+}
+
+std::wstring Lower(std::wstring_view text) {
+    std::wstring result(text);
+    for (wchar_t& character : result) {
+        if (character >= L'A' && character <= L'Z') {
+            character = static_cast<wchar_t>(character - L'A' + L'a');
+        }
+    }
+    return result;
+}
+
+bool SameText(std::wstring_view left, std::wstring_view right) {
+    return left.size() == right.size() && Lower(left) == Lower(right);
+}
+
+bool StartsWith(std::wstring_view text, std::wstring_view start) {
+    return SameText(text.substr(0, start.size()), start);
+}
+
+std::string HexText(unsigned long long value) {
+    std::array<char, 24> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
+    std::string text(digits.data(), end);
+    std::transform(text.begin(), text.end(), text.begin(), [](char digit) {
+        return digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit;
+    });
+    return "0x" + text;
+}
+
+std::wstring FileName(std::wstring_view path) {
+    const std::size_t cut = path.rfind(L'\\');
+    return std::wstring(cut == std::wstring_view::npos ? path : path.substr(cut + 1));
+}
+
+std::wstring Folder(std::wstring_view path) {
+    const std::size_t cut = path.rfind(L'\\');
+    return std::wstring(cut == std::wstring_view::npos ? std::wstring_view{}
+                                                       : path.substr(0, cut + 1));
+}
+
+} // namespace machine

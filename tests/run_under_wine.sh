@@ -1,0 +1,35 @@
+#!/bin/bash
+# Runs a Windows program under Wine in a prefix of its own and returns its exit code:
+#   run_under_wine.sh <prefix folder> <program.exe> [arguments...]
+# The prefix is made when it is not there yet. SETUP_TEST_TIMEOUT: seconds, 300 unless set.
+set -euo pipefail
+
+if [ $# -lt 2 ]; then
+    echo "usage: $0 <prefix folder> <program.exe> [arguments...]" >&2
+    exit 2
+fi
+prefix=$1
+shift
+
+wine=/usr/lib/wine/wine64
+[ -x "$wine" ] || wine=$(command -v wine64 || command -v wine) || {
+    echo "$0: Wine is missing (Debian: apt-get install wine64)" >&2
+    exit 2
+}
+
+export WINEPREFIX=$prefix
+export WINEDEBUG=${WINEDEBUG:-fixme-all,err-all}
+# Without winedbg a crash ends the process at once instead of waiting for a debugger.
+export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe=d"
+
+mkdir -p "$prefix"
+(
+    # Several tests may start at the same time: the first one makes the prefix.
+    flock 9
+    if [ ! -e "$prefix/.ready" ]; then
+        env -u DISPLAY timeout 120 "$wine" wineboot -i >/dev/null 2>&1
+        touch "$prefix/.ready"
+    fi
+) 9>"$prefix/.lock"
+
+exec timeout "${SETUP_TEST_TIMEOUT:-300}" "$wine" "$@"

@@ -1,0 +1,12 @@
+#include "support/program_state.h"
+
+#include "common/run_state.h"
+#include "machine/machine.h"
+
+void ResetProgramState() {
+    SetupMode = 1;
+    InstallModeValue = 2;
+    MainThreadId = machine::MainThread;
+    MatchedDeviceBaseId.clear();
+    ReinstallMarkedDevices.clear();
+}

@@ -1,0 +1,58 @@
+# The program's own objects with their imports led to the simulated machine, linked with the tests.
+set(not_rooms machine support native)
+
+file(GLOB machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
+add_library(setup_machine STATIC ${machine_sources})
+setup_compile_options(setup_machine)
+target_include_directories(setup_machine PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/../src)
+
+# Both libraries of the program (setup_core may build on setup_pure) with renamed imports.
+set(under_test)
+foreach(library setup_core setup_pure)
+    if(TARGET ${library})
+        set(renamed ${CMAKE_CURRENT_BINARY_DIR}/lib${library}_under_test.a)
+        add_custom_command(
+            OUTPUT ${renamed}
+            COMMAND ${CMAKE_COMMAND} -DLIBRARY=$<TARGET_FILE:${library}>
+                    -DMACHINE=$<TARGET_FILE:setup_machine> -DRENAMED=${renamed}
+                    -DNM=${CMAKE_NM} -DOBJCOPY=${CMAKE_OBJCOPY} -DCOMPILER=${CMAKE_CXX_COMPILER}
+                    -P ${CMAKE_CURRENT_SOURCE_DIR}/rename_imports.cmake
+            DEPENDS ${library} setup_machine $<TARGET_FILE:${library}> $<TARGET_FILE:setup_machine>
+                    ${CMAKE_CURRENT_SOURCE_DIR}/rename_imports.cmake
+            COMMENT "Leading the imports of ${library} to the simulated machine"
+            VERBATIM)
+        list(APPEND under_test ${renamed})
+    endif()
+endforeach()
+add_custom_target(setup_core_under_test DEPENDS ${under_test})
+
+file(GLOB test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*/*.cpp)
+list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native)/")
+add_executable(setup_tests ${test_sources})
+add_dependencies(setup_tests setup_core_under_test)
+setup_compile_options(setup_tests)
+target_compile_definitions(setup_tests PRIVATE DOCTEST_CONFIG_NO_MULTITHREADING)
+target_include_directories(setup_tests SYSTEM PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/include)
+target_link_libraries(setup_tests PRIVATE ${under_test} setup_machine setupapi)
+target_link_options(setup_tests PRIVATE -static)
+if(SETUP_CHECKS)
+    target_compile_definitions(setup_tests PRIVATE GUARD_MEMORY)
+endif()
+
+if(CMAKE_HOST_WIN32)
+    set(launcher)
+else()
+    set(launcher ${CMAKE_CURRENT_SOURCE_DIR}/run_under_wine.sh ${CMAKE_BINARY_DIR}/wine-prefix)
+endif()
+
+file(GLOB rooms LIST_DIRECTORIES true RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS
+     ${CMAKE_CURRENT_SOURCE_DIR}/*)
+foreach(room ${rooms})
+    file(GLOB room_sources ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
+    if(room_sources AND NOT room IN_LIST not_rooms)
+        add_test(NAME ${room}
+                 COMMAND ${launcher} $<TARGET_FILE:setup_tests> --source-file=*tests/${room}/*
+                         --no-intro=true)
+        set_tests_properties(${room} PROPERTIES TIMEOUT 600)
+    endif()
+endforeach()

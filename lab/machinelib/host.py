@@ -1,6 +1,8 @@
 """Host processes: Wine's server and programs, and an X server for the runs that show a window."""
 
+import dataclasses
 import os
+import pathlib
 import signal
 import subprocess
 import time
@@ -43,21 +45,28 @@ def capture(prefix, arguments, timeout, display=None, extra=None):
     return done.stdout.decode("utf-8", errors="replace")
 
 
+@dataclasses.dataclass(frozen=True)
 class Screen:
-    """An X server of its own, so that a run neither needs nor touches the display of the host."""
+    """An X server of a machine's own, so that a run neither needs nor touches the display of the
+    host. It lives on between the commands of a person, so it is known by its process id."""
+    display: str
+    process: int
 
-    def __init__(self, size="1024x768x24"):
+    @classmethod
+    def start(cls, size="1024x768x24"):
         read_end, write_end = os.pipe()
-        self._process = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", size, "-nolisten", "tcp"],
-            pass_fds=[write_end], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        with open(os.devnull, "r+b") as nothing:
+            process = subprocess.Popen(
+                ["Xvfb", "-displayfd", str(write_end), "-screen", "0", size, "-nolisten", "tcp"],
+                pass_fds=[write_end], stdin=nothing, stdout=nothing, stderr=nothing,
+                start_new_session=True)
         os.close(write_end)
         with os.fdopen(read_end) as answer:
             number = answer.readline().strip()
         if not number:
-            self.end()
+            process.wait()
             raise layout.LabError("no X server could be started (Xvfb)")
-        self.display = ":" + number
+        return cls(":" + number, process.pid)
 
     def shoot(self, path):
         """Writes the whole screen to a .png file; true when that worked."""
@@ -67,14 +76,15 @@ class Screen:
         return done.returncode == 0 and path.exists()
 
     def end(self):
-        self._process.terminate()
-        self._process.wait()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.end()
+        command = pathlib.Path(f"/proc/{self.process}/comm")
+        # A number that meanwhile means another process is left alone.
+        if not command.exists() or command.read_text().strip() != "Xvfb":
+            return
+        os.kill(self.process, signal.SIGTERM)
+        try:
+            os.waitpid(self.process, 0)
+        except ChildProcessError:
+            pass
 
 
 def stop_as_interrupt():

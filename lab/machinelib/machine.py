@@ -14,6 +14,9 @@ import time
 from . import generations, host, layout, nodes, registry, template
 
 _numbers = itertools.count(1)
+_STATE = "machine.json"
+_IS_ON = "on"
+_SHOW_WINDOWS = '[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="x11"\n'
 
 
 @dataclasses.dataclass
@@ -28,7 +31,7 @@ class Machine:
     """A machine that is on from its first program until end() or off(). As a context manager it is
     ended on every way out; when a run failed its folder stays, and the place is printed."""
 
-    def __init__(self, name=None, generation="WIN7", keep=False):
+    def __init__(self, name=None, generation="WIN7", screen=False, keep=False):
         self.name = name or f"run-{os.getpid()}-{next(_numbers)}"
         self.folder = layout.MACHINES / self.name
         self.prefix = self.folder / "prefix"
@@ -36,6 +39,7 @@ class Machine:
         self.generation = generation
         self._keep = keep
         self._on = False
+        self._wants_screen = screen
         self._screen = None
 
     # Making and ending
@@ -47,7 +51,12 @@ class Machine:
         template.clone(self.prefix)
         generations.become(self.prefix, self.generation)
         self.program.mkdir()
-        (self.folder / "machine.json").write_text(json.dumps({"generation": self.generation}))
+        if self._wants_screen:
+            registry.seed(self.prefix, _SHOW_WINDOWS)
+            self._screen = host.Screen.start()
+        (self.folder / _STATE).write_text(json.dumps({
+            "generation": self.generation,
+            "screen": self._screen and dataclasses.asdict(self._screen)}))
         return self
 
     @classmethod
@@ -56,18 +65,27 @@ class Machine:
         machine = cls(name)
         if not machine.prefix.exists():
             raise layout.LabError(f"there is no machine {name}; make it first")
-        machine.generation = json.loads((machine.folder / "machine.json").read_text())["generation"]
-        machine._on = True
+        machine._recall()
         return machine
+
+    def _recall(self):
+        if (self.folder / _STATE).exists():
+            state = json.loads((self.folder / _STATE).read_text())
+            self.generation = state["generation"]
+            self._screen = host.Screen(**state["screen"]) if state["screen"] else None
+            # It may be; turning a machine on or off twice does no harm.
+            self._on = (self.folder / _IS_ON).exists()
 
     def off(self):
         """Ends all programs; the registry files then hold what the machine knows."""
         if self._on:
             host.end_session(self.prefix)
             self._on = False
+            (self.folder / _IS_ON).unlink(missing_ok=True)
 
     def end(self):
         """Ends the machine and removes every trace of it."""
+        self._recall()
         if self.prefix.exists():
             host.end_session(self.prefix)
         self._on = False
@@ -123,20 +141,14 @@ class Machine:
         if not self._on:
             host.server(self.prefix, "-p")
             self._on = True
+            (self.folder / _IS_ON).touch()
 
-    def screen(self):
-        """Gives the machine a screen; the next start of a program shows its windows there."""
-        if not self._screen:
-            self.seed('[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="x11"\n')
-            self._screen = host.Screen()
-        return self._screen
+    def _display(self):
+        return self._screen and self._screen.display
 
-    def close_screen(self):
-        """Takes the screen away; later programs do without windows."""
-        if self._screen:
-            self.seed('[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="null"\n')
-            self._screen.end()
-            self._screen = None
+    def shoot(self, path):
+        """Takes a picture of the machine's screen; false when it has none."""
+        return self._screen is not None and self._screen.shoot(path)
 
     def _environment(self):
         return {"GAPFILL_JOURNAL": "C:\\gapfill.log"}
@@ -148,8 +160,7 @@ class Machine:
         with output:
             return subprocess.Popen(
                 [layout.WINE, layout.PROGRAM_PATH + program, *arguments],
-                env=host.environment(self.prefix, self._screen and self._screen.display,
-                                     self._environment()),
+                env=host.environment(self.prefix, self._display(), self._environment()),
                 cwd=self.prefix, stdin=subprocess.DEVNULL, stdout=output, stderr=output)
 
     def run(self, *arguments, timeout=120, follow=None, during=None, program="Setup.exe"):
@@ -193,7 +204,7 @@ class Machine:
 
     def tool(self, *arguments, timeout=60):
         self.on()
-        return host.capture(self.prefix, arguments, timeout)
+        return host.capture(self.prefix, arguments, timeout, self._display(), self._environment())
 
     def export(self, key):
         """The .reg text of a key of a running machine, volatile keys included."""

@@ -1,8 +1,9 @@
 """Plugging modems: described ones with the bus driver behind them, or plain seeded nodes."""
 
+import pathlib
 import shutil
-import subprocess
-import sys
+
+import modem_description
 
 from . import layout, nodes
 
@@ -16,19 +17,21 @@ PLAIN_MODEM = tuple(f"USB\\VID_3A9D&PID_9001{part}\\0123456789{tail}" for part, 
 
 
 def plug(machine, description):
-    """Plugs the modems that a description file tells of. They show when the machine is next on."""
-    if not description.exists():
-        raise layout.LabError(f"there is no modem description {description}")
-    made = subprocess.run([sys.executable, str(layout.LAB / "modem_description.py"),
-                           str(description)], capture_output=True, text=True, check=False)
-    if made.returncode != 0:
-        raise layout.LabError(made.stderr.strip() or f"{description} could not be read")
+    """Plugs the modems that a description tells of: a file, or the name of one in lab/packets.
+    They show when the machine is next on."""
+    path = pathlib.Path(description)
+    if not path.exists():
+        path = layout.LAB / "packets" / f"{description}.modem"
+    try:
+        reg_text = modem_description.load(path).reg_text()
+    except modem_description.DescriptionError as error:
+        raise layout.LabError(str(error)) from error
     if not _DRIVER.exists() or not _CONTROL.exists():
         raise layout.LabError(f"the virtual modem is not built: {_DRIVER}")
     shutil.copy2(_DRIVER, machine.prefix / layout.DRIVERS)
     (machine.prefix / "drive_c" / "lab").mkdir(exist_ok=True)
     shutil.copy2(_CONTROL, machine.prefix / "drive_c" / "lab")
-    machine.seed(made.stdout)
+    machine.seed(reg_text)
 
 
 def control(machine, *arguments):

@@ -30,16 +30,30 @@ def seed(prefix, reg_text):
     parts = {SYSTEM: [], USER: []}
     hive = None
     for line in reg_text.replace("\r", "").split("\n"):
-        key = re.fullmatch(r"\[(.*)\]", line.strip())
+        key = re.fullmatch(r"\[(-?)(.*)\]", line.strip())
         if key:
-            hive, path = _hive_of(key.group(1))
-            parts[hive].append("\n[" + _ascii(path.replace("\\", "\\\\")) + "] 1")
+            hive, path = _hive_of(key.group(2))
+            if key.group(1):
+                _delete(prefix / hive, path)
+                hive = None
+            else:
+                parts[hive].append("\n[" + _ascii(path.replace("\\", "\\\\")) + "] 1")
         elif hive and line.strip() and not line.lstrip().startswith(";"):
             parts[hive].append(_ascii(line))
     for name, lines in parts.items():
         if lines:
             with open(prefix / name, "a", encoding="ascii") as file:
                 file.write("\n".join(lines) + "\n")
+
+
+def _delete(file, path):
+    """Takes a key and all below it out of one of Wine's files."""
+    start = ("[" + _ascii(path.replace("\\", "\\\\"))).lower()
+    head, *sections = re.split(r"\n(?=\[)", file.read_text("utf-8"))
+    kept = [section for section in sections
+            if not section.lower().startswith((start + "]", start + "\\\\"))]
+    if len(kept) != len(sections):
+        file.write_text("\n".join([head, *kept]), "utf-8")
 
 
 def _sections(text):
@@ -103,7 +117,9 @@ def snapshot(prefix):
 
 
 # What comes and goes with Wine's own start and end.
-_NOISE = re.compile(r"\\(NetworkCards|AppDefaults|Wine\\Drivers)(\\|$)")
+_NOISE = re.compile(r"\\(NetworkCards|AppDefaults|Wine\\Drivers)(\\|$)"
+                    # its screen
+                    r"|\\Class\\\{4D36E96[8E]-|\\Enum\\(PCI|DISPLAY)|\\Video", re.I)
 
 
 def difference(before, after):

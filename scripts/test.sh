@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# All checks and tests: sets up what they need, builds, and runs everything as one ctest run, whose
+# summary is the last thing printed.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+install_missing_packages
+
+scripts/build.sh native mingw checks
+
+# One ctest run over all build trees, with lint and the end-to-end runs beside them.
+mkdir -p build/all
+{
+    # add NAME SECONDS COMMAND...
+    add() {
+        local name=$1 seconds=$2
+        shift 2
+        printf 'add_test([=[%s]=]' "$name"
+        printf ' [=[%s]=]' "$@"
+        printf ')\nset_tests_properties([=[%s]=] PROPERTIES TIMEOUT %d' "$name" "$seconds"
+        # Machines mostly wait: they start first and run beside the tests.
+        [[ $name != lab.* ]] || printf ' COST 1000'
+        printf ')\n'
+    }
+    add lint 600 "$PWD/scripts/lint.sh"
+    while read -r name; do
+        add "lab.$name" 300 "$PWD/lab/tests/run" "$name"
+    done < <(lab/tests/run --list)
+    for preset in native mingw checks; do
+        printf 'subdirs([=[%s]=])\n' "$PWD/build/$preset"
+    done
+} >build/all/CTestTestfile.cmake
+
+exec ctest --test-dir build/all --output-on-failure -j "$(nproc)"

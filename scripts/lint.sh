@@ -27,7 +27,7 @@ clang-format --dry-run -Werror "${sources[@]}" || finding "run clang-format -i o
 
 rule "Windows headers are included by src/platform only" \
     '#[[:space:]]*include[[:space:]]*<(windows|winbase|winnt|winuser|winreg|winsvc|winver|winioctl|setupapi|cfgmgr32|newdev|ntddscsi|commctrl|shellapi|shlobj|shlwapi|devguid|initguid|tchar)\.h>' \
-    src companions ':!src/platform'
+    src companions ':!src/platform' ':!*.rc'
 rule "src and companions know nothing of tests and lab" \
     '#[[:space:]]*include[[:space:]]*["<](\.\./)*(tests|lab)/' src companions
 rule "src holds no unfinished places" '\b(TODO|FIXME|XXX)\b' src companions

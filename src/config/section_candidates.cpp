@@ -16,5 +16,5 @@ TextList SectionCandidates(std::wstring_view section, std::wstring_view mode, st
     const std::wstring withModeAndOs = Decorated(withMode, os);
     const std::wstring withOs = Decorated(section, os);
     return {Decorated(withModeAndOs, architecture), withModeAndOs, withMode,
-            Decorated(withOs, architecture),        withOs,        std::wstring(section)};
+            Decorated(withOs, architecture),        withOs,        Cut(section, PathCapacity)};
 }

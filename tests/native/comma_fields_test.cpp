@@ -56,7 +56,8 @@ TEST_CASE("Fields joined by commas are the text again, but for a comma at its en
     for (int i = 0; i < RandomTexts; ++i) {
         const std::wstring text = random.Text(20);
         TextList fields;
-        REQUIRE(SplitByComma(text, fields) == fields.size());
+        const std::size_t count = SplitByComma(text, fields);
+        REQUIRE(count == fields.size());
         std::wstring joined;
         for (const std::wstring& field : fields) {
             REQUIRE_FALSE(Contains(field, L","));

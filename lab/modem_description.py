@@ -3,9 +3,12 @@
 The format is explained in lab/modem/README.md. Use from a program:
 
     description = modem_description.load("demo.modem")     # DescriptionError when it is wrong
-    registry = description.reg_text()                      # import with "regedit /S"
+    registry = description.reg_text()
 
-or from the command line, to check a description and see the registry text:
+The text must be saved as UTF-16 with a byte order mark before "regedit /S" imports it: in any other
+file Wine takes the bytes of lists for ANSI text.
+
+From the command line, to check a description and see the registry text:
 
     python3 lab/modem_description.py lab/packets/demo.modem
 """
@@ -17,6 +20,7 @@ import sys
 SERVICES = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Services"
 ENUM = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Enum"
 SYSTEM_CLASS = "{4D36E97D-E325-11CE-BFC1-08002BE10318}"
+NULL_CLASS = "{00000000-0000-0000-0000-000000000000}"
 # Services through which Wine shows the host's own devices; a machine of the lab has none.
 HOST_HARDWARE = ("wineusb", "winebus")
 
@@ -129,8 +133,8 @@ class Ghost:
         self.service = ""
 
     def values(self):
-        # Without a class GUID Wine never lists the node at all.
-        guid = self.class_guid or CLASSES.get(self.class_name) or SYSTEM_CLASS
+        # Without a class GUID, and be it a null one, Wine never lists the node at all.
+        guid = self.class_guid or CLASSES.get(self.class_name) or NULL_CLASS
         values = [
             ("ClassGUID", guid),
             ("ConfigFlags", self.config_flags),

@@ -1,4 +1,4 @@
-#include "quenlor/log_file.h"
+#include "log_file.h"
 
 #include "platform/owners.h"
 

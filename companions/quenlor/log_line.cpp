@@ -1,4 +1,4 @@
-#include "quenlor/log_line.h"
+#include "log_line.h"
 
 namespace quenlor {
 namespace {

@@ -1,6 +1,6 @@
 // The one function that Quenlor64.DLL exports.
-#include "quenlor/log_file.h"
-#include "quenlor/log_line.h"
+#include "log_file.h"
+#include "log_line.h"
 
 #include "platform/owners.h"
 

@@ -1,0 +1,224 @@
+// The log library. Its parts come in as they are, because the library itself exports one function
+// only; that one is tested through the built library beside this executable.
+#include "../../companions/quenlor/log_file.cpp"
+#include "../../companions/quenlor/log_line.cpp"
+
+#include "support/doctest_support.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr quenlor::LineOrigin kOrigin = {2024, 2, 3, 4, 5, 6, 7, 0x1A2B};
+const std::string kFront = "2024-02-03 04:05:06.007 0x00001A2B ";
+
+std::string Line(const std::wstring& text, std::size_t capacity = quenlor::kMaxLineBytes) {
+    std::vector<char> bytes(capacity);
+    const std::size_t size =
+        quenlor::MakeLine(kOrigin, text.data(), text.size(), bytes.data(), capacity);
+    return std::string(bytes.data(), size);
+}
+
+// A file of its own for each test, gone afterwards.
+class TemporaryFile {
+public:
+    TemporaryFile() {
+        wchar_t folder[MAX_PATH];
+        GetTempPathW(MAX_PATH, folder);
+        GetTempFileNameW(folder, L"log", 0, path_);
+    }
+    ~TemporaryFile() { DeleteFileW(path_); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    [[nodiscard]] const wchar_t* Path() const { return path_; }
+
+private:
+    wchar_t path_[MAX_PATH] = {};
+};
+
+std::string Content(const wchar_t* path) {
+    const FileOwner file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+    std::string content;
+    char part[4096];
+    DWORD read = 0;
+    while (file && ReadFile(file.Get(), part, sizeof(part), &read, nullptr) != 0 && read > 0) {
+        content.append(part, read);
+    }
+    return content;
+}
+
+std::vector<std::string> Lines(const std::string& content) {
+    std::vector<std::string> lines;
+    for (std::size_t begin = 0; begin < content.size();) {
+        const std::size_t end = content.find("\r\n", begin);
+        lines.push_back(content.substr(begin, end - begin));
+        begin = end == std::string::npos ? content.size() : end + 2;
+    }
+    return lines;
+}
+
+struct Writer {
+    const wchar_t* path;
+    char letter;
+};
+
+constexpr int kLinesPerThread = 1000;
+
+std::string WrittenBy(char letter, int number) {
+    return std::string(static_cast<std::size_t>(20 + number % 300), letter);
+}
+
+DWORD WINAPI WriteLines(void* parameter) {
+    const Writer& writer = *static_cast<Writer*>(parameter);
+    for (int i = 0; i < kLinesPerThread; ++i) {
+        const std::string line = WrittenBy(writer.letter, i) + "\r\n";
+        if (!quenlor::AppendToFile(writer.path, line.data(), line.size())) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+using WriteLogFunction = void (*)(const wchar_t* format, ...);
+
+// The built library, and the log that it writes beside this executable.
+class BuiltLibrary {
+public:
+    BuiltLibrary()
+        : library_(LoadLibraryW(L"Quenlor64.DLL")),
+          writeLog(GetFunction<WriteLogFunction>(library_.Get(), "WriteLog")) {
+        GetModuleFileNameW(nullptr, path_, MAX_PATH);
+        quenlor::ReplaceFileName(path_);
+        DeleteFileW(path_);
+    }
+    ~BuiltLibrary() { DeleteFileW(path_); }
+    BuiltLibrary(const BuiltLibrary&) = delete;
+    BuiltLibrary& operator=(const BuiltLibrary&) = delete;
+
+    [[nodiscard]] bool IsLoaded() const { return writeLog != nullptr; }
+    // What was logged, without the front part, whose length never changes.
+    [[nodiscard]] std::string Logged() const {
+        const std::string content = Content(path_);
+        return content.size() > kFront.size() ? content.substr(kFront.size()) : content;
+    }
+
+private:
+    LibraryOwner library_;
+    wchar_t path_[MAX_PATH] = {};
+
+public:
+    const WriteLogFunction writeLog;
+};
+
+} // namespace
+
+TEST_CASE("A line begins with date, time to the millisecond and thread, and ends in CR LF") {
+    CHECK(Line(L"UpdateInstall: done") == kFront + "UpdateInstall: done\r\n");
+    CHECK(Line(L"") == kFront + "\r\n");
+}
+
+TEST_CASE("Line breaks and tabs inside a text are kept") {
+    CHECK(Line(L"a:\n b\tc\n") == kFront + "a:\n b\tc\n\r\n");
+}
+
+TEST_CASE("Texts become UTF-8, with one, two, three and four bytes to a character") {
+    CHECK(Line(L"z\u00DF\u20AC\U0001F600") == kFront + "z\xC3\x9F\xE2\x82\xAC\xF0\x9F\x98\x80\r\n");
+}
+
+TEST_CASE("Half a surrogate pair becomes the replacement character") {
+    const std::string replacement = "\xEF\xBF\xBD";
+    CHECK(Line(std::wstring(1, wchar_t{0xD83D}) + L"x") == kFront + replacement + "x\r\n");
+    CHECK(Line(std::wstring(1, wchar_t{0xDE00}) + L"x") == kFront + replacement + "x\r\n");
+    CHECK(Line(L"x" + std::wstring(1, wchar_t{0xD83D})) == kFront + "x" + replacement + "\r\n");
+}
+
+TEST_CASE("A line that does not fit is cut at a whole character and still ends in CR LF") {
+    const std::size_t front = kFront.size();
+    CHECK(Line(L"ab\u20ACc", front + 2 + 5) == kFront + "ab\xE2\x82\xAC\r\n");
+    CHECK(Line(L"ab\u20ACc", front + 2 + 4) == kFront + "ab\r\n");
+    CHECK(Line(L"ab", front + 2) == kFront + "\r\n");
+    CHECK(Line(L"ab", front + 1).empty());
+}
+
+TEST_CASE("The longest text fits its line, whatever its characters are") {
+    const std::wstring text(quenlor::kMaxTextLength, L'\u20AC');
+    CHECK(Line(text).size() == kFront.size() + 3 * text.size() + 2);
+}
+
+TEST_CASE("Cutting a text never leaves the first half of a surrogate pair at its end") {
+    const std::wstring text = L"a\U0001F600";
+    CHECK(quenlor::WholeCharacters(text.data(), 1) == 1);
+    CHECK(quenlor::WholeCharacters(text.data(), 2) == 1);
+    CHECK(quenlor::WholeCharacters(text.data(), 3) == 3);
+    CHECK(quenlor::WholeCharacters(text.data(), 0) == 0);
+}
+
+TEST_CASE("Appending creates the file, and adds to one that is there") {
+    const TemporaryFile file;
+    DeleteFileW(file.Path());
+    CHECK(quenlor::AppendToFile(file.Path(), "one\r\n", 5));
+    CHECK(quenlor::AppendToFile(file.Path(), "two\r\n", 5));
+    CHECK(Content(file.Path()) == "one\r\ntwo\r\n");
+}
+
+TEST_CASE("Appending where nothing can be written fails") {
+    CHECK_FALSE(quenlor::AppendToFile(L"C:\\no such folder\\Setup.log", "x", 1));
+}
+
+TEST_CASE("Lines that several threads write at once are neither mixed nor lost") {
+    const TemporaryFile file;
+    Writer writers[] = {
+        {file.Path(), 'a'}, {file.Path(), 'b'}, {file.Path(), 'c'}, {file.Path(), 'd'}};
+    HANDLE threads[std::size(writers)];
+    for (std::size_t i = 0; i < std::size(writers); ++i) {
+        threads[i] = CreateThread(nullptr, 0, WriteLines, &writers[i], 0, nullptr);
+    }
+    WaitForMultipleObjects(static_cast<DWORD>(std::size(threads)), threads, TRUE, INFINITE);
+    for (const HANDLE thread : threads) {
+        DWORD result = 1;
+        GetExitCodeThread(thread, &result);
+        CHECK(result == 0);
+        CloseHandle(thread);
+    }
+
+    std::map<char, int> next;
+    int wrong = 0;
+    for (const std::string& line : Lines(Content(file.Path()))) {
+        const char letter = line.empty() ? '?' : line.front();
+        wrong += line == WrittenBy(letter, next[letter]++) ? 0 : 1;
+    }
+    CHECK(wrong == 0);
+    for (const Writer& writer : writers) {
+        CHECK(next[writer.letter] == kLinesPerThread);
+    }
+}
+
+TEST_CASE("WriteLog takes a plain %s as a wide string and leaves the last error untouched") {
+    const BuiltLibrary library;
+    REQUIRE(library.IsLoaded());
+    SetLastError(0xE0000203);
+    library.writeLog(L"Device %s, error code 0x%08X", L"USB\\\u20AC", 0x103U);
+    CHECK(GetLastError() == 0xE0000203);
+    CHECK(library.Logged() == "Device USB\\\xE2\x82\xAC, error code 0x00000103\r\n");
+}
+
+TEST_CASE("WriteLog cuts a text that is longer than its buffer") {
+    const BuiltLibrary library;
+    REQUIRE(library.IsLoaded());
+    const std::wstring longest(quenlor::kMaxTextLength, L'x');
+    library.writeLog(L"%s%s", longest.c_str(), L"yyyy");
+    CHECK(library.Logged() == std::string(quenlor::kMaxTextLength, 'x') + "\r\n");
+}
+
+TEST_CASE("WriteLog cuts in front of a surrogate pair that does not fit as a whole") {
+    const BuiltLibrary library;
+    REQUIRE(library.IsLoaded());
+    const std::wstring almost(quenlor::kMaxTextLength - 1, L'x');
+    library.writeLog(L"%s%s", almost.c_str(), L"\U0001F600");
+    CHECK(library.Logged() == std::string(quenlor::kMaxTextLength - 1, 'x') + "\r\n");
+}

@@ -50,6 +50,11 @@ bool VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const DeviceIdList& ids,
                  const std::wstring& fullId, RemovalList& removals, TextList& oemInfs) {
     const std::wstring deviceId = DeviceIdOf(fullId);
     for (const std::wstring& id : ids) {
+        // An empty ID, from a models line that ends in a comma, is part of every text: it must not
+        // remove the user's other devices.
+        if (id.empty()) {
+            continue;
+        }
         // Goes on after a match: a device that matches two IDs is recorded twice. The second
         // removal then fails and is logged, which harms nothing.
         if (Contains(deviceId, UpperCase(Cut(id, DeviceIdCapacity))) &&

@@ -14,6 +14,10 @@
 
 namespace {
 
+// How the staging ended. Only a copy that went wrong calls for the direct installation: a machine
+// that refuses semaphores or threads is not to be touched any further.
+enum class Staging { NotStarted, Failed, Copied };
+
 // One of the two staging threads, with its log lines.
 struct StagingThread {
     LPTHREAD_START_ROUTINE Entry;
@@ -68,7 +72,7 @@ bool StartThread(const StagingThread& thread) {
 }
 
 // Copies the INF files on one thread while the other times it; the first message decides.
-bool StageUnderWatchdog(TextList& infSet) {
+Staging StageUnderWatchdog(TextList& infSet) {
     // A message that is posted to a thread without a queue is lost, and a short copy is done before
     // this thread asks for its first message. So the queue is made before the threads.
     MSG message{};
@@ -78,13 +82,13 @@ bool StageUnderWatchdog(TextList& infSet) {
         CopiedSemaphoreName,
         L"PreInstall: Create preinstall syn semaphore fail, error code 0x%08X");
     if (!copied) {
-        return false;
+        return Staging::NotStarted;
     }
     const KernelObjectOwner ready = CreateStagingSemaphore(
         ReadySemaphoreName,
         L"PreInstall: Create preinstall ready semaphore fail, error code 0x%08X");
     if (!ready) {
-        return false;
+        return Staging::NotStarted;
     }
     auto count = static_cast<DWORD>(infSet.size());
     const StagingThread watchdog{PreInstallWatchDogThreadFun, &count,
@@ -94,16 +98,16 @@ bool StageUnderWatchdog(TextList& infSet) {
                                  L"PreInstall: Create workitem fail,error code 0x%08X",
                                  L"PreInstall: Workitem thread started, thread id 0x%08X"};
     if (!StartThread(watchdog) || !StartThread(workItem)) {
-        return false;
+        return Staging::NotStarted;
     }
     // One message only, on purpose: whichever comes first decides, and what a thread posts after it
     // stays in the queue unread.
     if (GetMessageW(&message, nullptr, 0, 0) == 0) {
-        return false;
+        return Staging::Failed;
     }
     WriteLog(L"PreInstall: Message 0x%02X from thread 0x%08X", message.message,
              static_cast<DWORD>(message.wParam));
-    return message.message == AllCopiedMessage;
+    return message.message == AllCopiedMessage ? Staging::Copied : Staging::Failed;
 }
 
 void SetUpCompositeDevices() {
@@ -145,9 +149,10 @@ bool PreInstall() {
     if (!ListInfs(infSet)) {
         return false;
     }
-    if (!StageUnderWatchdog(infSet)) {
+    const Staging staging = StageUnderWatchdog(infSet);
+    if (staging != Staging::Copied) {
         constexpr std::int32_t FallBackToUpdate = 2;
-        if (InstallModeValue == FallBackToUpdate) {
+        if (staging == Staging::Failed && InstallModeValue == FallBackToUpdate) {
             // Its result is not asked for, on purpose: a packet that could not be staged is no full
             // success, whatever the devices that are present got.
             UpdateInstall();

@@ -4,8 +4,10 @@
 # library imports a function that the machine does not know: such a call would reach the real system.
 cmake_minimum_required(VERSION 3.25)
 
-# Needs nothing simulated: the thread's last error, and the handle that means "this process".
-set(real_functions GetLastError SetLastError GetCurrentProcess)
+# Nothing of these must be simulated: the thread's last error, the handle that means "this process",
+# text conversion.
+# computes, and the standard output.
+set(real_functions GetLastError SetLastError GetCurrentProcess WideCharToMultiByte __acrt_iob_func)
 set(system_libraries kernel32 user32 advapi32 setupapi cfgmgr32 version newdev shell32 gdi32 ole32)
 
 function(symbols_of file filter pattern result)
@@ -22,7 +24,7 @@ function(imports_of library result)
     execute_process(COMMAND ${COMPILER} -print-file-name=lib${library}.a
                     OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE
                     COMMAND_ERROR_IS_FATAL ANY)
-    symbols_of(${file} --defined-only " I __imp_[A-Za-z0-9_]+\n" names)
+    symbols_of(${file} --defined-only " [A-Z] __imp_[A-Za-z0-9_]+\n" names)
     list(TRANSFORM names REPLACE "^__imp_" "")
     set(${result} "${names}" PARENT_SCOPE)
 endfunction()

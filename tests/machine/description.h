@@ -125,6 +125,7 @@ struct Window {
     WORD BigIcon = 0; // resource numbers
     WORD SmallIcon = 0;
     WORD Template = 0;
+    DLGPROC Procedure = nullptr; // of a dialog that DialogBoxParamW opened
 };
 
 } // namespace machine

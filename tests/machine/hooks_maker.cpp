@@ -1,5 +1,6 @@
 // The maker's two libraries: the log becomes part of the journal.
 #include "machine/call.h"
+#include "support/log_texts.h"
 
 #include <array>
 #include <cstdarg>
@@ -23,6 +24,7 @@ void HookWriteLog(const wchar_t* format, ...) {
         // The system's own function: "%s" is wide in it.
         const int length = _vsnwprintf(line.data(), line.size(), format, arguments);
         va_end(arguments);
+        RecordLogText(format);
         const std::size_t size = length < 0 ? line.size() : static_cast<std::size_t>(length);
         state->Record.Entries.push_back({"LOG " + machine::Utf8({line.data(), size}), "", true});
     }

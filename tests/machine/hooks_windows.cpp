@@ -54,6 +54,10 @@ INT_PTR WINAPI HookDialogBoxParamW(HINSTANCE, LPCWSTR resource, HWND owner, DLGP
         return call.Fail(INT_PTR{-1}, ERROR_INVALID_WINDOW_HANDLE);
     }
     HWND dialog = MakeDialog(state, ResourceNumber(resource));
+    state.Screen.Dialogs[dialog].Procedure = procedure;
+    // As the program's dialog resource has it.
+    state.Screen.Dialogs[dialog].ExtendedStyle =
+        WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_STATICEDGE;
     procedure(dialog, WM_INITDIALOG, 0, parameter);
     // A modal dialog lives until somebody ends it; nobody does.
     state.Threads.Wait(

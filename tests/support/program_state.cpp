@@ -2,6 +2,7 @@
 
 #include "common/run_state.h"
 #include "machine/machine.h"
+#include "ui/progress_state.h"
 
 void ResetProgramState() {
     SetupMode = 1;
@@ -9,4 +10,8 @@ void ResetProgramState() {
     MainThreadId = machine::MainThread;
     MatchedDeviceBaseId.clear();
     ReinstallMarkedDevices.clear();
+    LanguageName.clear();
+    ProgressText = {};
+    ProgressDialog = nullptr;
+    RightToLeftLayout = false;
 }

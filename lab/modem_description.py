@@ -289,7 +289,16 @@ def _set(attribute, parse):
 
 
 def _append(attribute, parse):
-    return lambda thing, text: getattr(thing, attribute).append(parse(text))
+    """A key that may be given several times. Where a section is reopened, the first one begins the
+    list anew."""
+
+    def apply(thing, text):
+        if attribute not in thing.given:
+            thing.given.add(attribute)
+            setattr(thing, attribute, [])
+        getattr(thing, attribute).append(parse(text))
+
+    return apply
 
 
 FILE_KEYS = {"journal": _set("journal", _text)}
@@ -361,8 +370,10 @@ class _Reader:
         kind, _, name = title.partition(" ")
         if (kind, name) in self.named:
             self.thing, self.keys = self.named[kind, name]
+            self.thing.given = set()
             return
         self.thing, self.keys = self._new_thing(kind)
+        self.thing.given = set()
         if name:
             self.named[kind, name] = self.thing, self.keys
 

@@ -25,6 +25,15 @@ int DropAbsentNodes(HDEVINFO set) {
     return dropped;
 }
 
+// Windows: no device has the handle 0; a program may take 0 for "no such node". Wine 8: numbers the
+// elements of all sets of a process from 0. A set that lives as long as the process, with a node
+// that never goes, keeps the first number taken.
+void TakeNumberZero() {
+    static const HDEVINFO kept =
+        SETUPAPI(SetupDiGetClassDevsW)(nullptr, L"ROOT", nullptr, DIGCF_ALLCLASSES);
+    static_cast<void>(kept);
+}
+
 } // namespace
 
 // Windows: with DIGCF_PRESENT only nodes that are plugged. Wine 8: heeds the flag only together
@@ -33,6 +42,7 @@ HDEVINFO WINAPI FilledGetClassDevs(const GUID* classGuid, PCWSTR enumerator, HWN
                                    DWORD flags) {
     Enter("SetupDiGetClassDevsW", (enumerator == nullptr ? L"all" : std::wstring(enumerator)) +
                                       L", flags " + std::to_wstring(flags));
+    TakeNumberZero();
     const HDEVINFO set = SETUPAPI(SetupDiGetClassDevsW)(classGuid, enumerator, parent, flags);
     const bool toFilter = (flags & DIGCF_PRESENT) != 0 && (flags & DIGCF_DEVICEINTERFACE) == 0;
     if (set != INVALID_HANDLE_VALUE && toFilter) {

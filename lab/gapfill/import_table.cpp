@@ -23,6 +23,7 @@ const Row kRows[] = {
     {"CMP_WaitNoPendingInstallEvents", Address(FilledWaitNoPendingInstallEvents)},
     {"SetupDiGetClassDevsW", Address(FilledGetClassDevs)},
     {"SetupDiDestroyDeviceInfoList", Address(FilledDestroyDeviceInfoList)},
+    {"CreateFileW", Address(FilledCreateFile)},
     {"SetupDiSetClassInstallParamsW", Address(FilledSetClassInstallParams)},
     {"SetupDiCallClassInstaller", Address(FilledCallClassInstaller)},
     {"SetupDiBuildDriverInfoList", Address(FilledBuildDriverInfoList)},

@@ -14,6 +14,11 @@ HDEVINFO WINAPI FilledGetClassDevs(const GUID* classGuid, PCWSTR enumerator, HWN
                                    DWORD flags);
 BOOL WINAPI FilledDestroyDeviceInfoList(HDEVINFO set);
 
+// device_files.cpp
+HANDLE WINAPI FilledCreateFile(LPCWSTR path, DWORD access, DWORD share,
+                               LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
+                               HANDLE templateFile);
+
 // class_installer.cpp
 BOOL WINAPI FilledSetClassInstallParams(HDEVINFO set, PSP_DEVINFO_DATA device,
                                         PSP_CLASSINSTALL_HEADER header, DWORD size);

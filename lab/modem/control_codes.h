@@ -19,6 +19,11 @@
 /* in: ULONG number of the node, out: NodeState. Fails for a node that is not described. */
 #define MODEM_CONTROL_NODE MODEM_CONTROL_CODE(0xA05u)
 
+/* Sent to a node, not to the control device: fails for a node that refuses to be opened. Not noted
+ * in the journal. Wine 8 hands out a handle although the driver has refused, so somebody must ask.
+ */
+#define MODEM_NODE_MAY_BE_OPEN MODEM_CONTROL_CODE(0xA10u)
+
 /* The faces a modem can show. Any number may be used; these three have names. */
 #define PERSONALITY_OFF 0u
 #define PERSONALITY_STORAGE 1u

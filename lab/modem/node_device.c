@@ -120,9 +120,16 @@ NTSTATUS OpenNode(DEVICE_OBJECT* device, IRP* irp) {
 
 NTSTATUS NodeRequest(DEVICE_OBJECT* device, IRP* irp) {
     const NodeExtension* const extension = ExtensionOf(device);
+    const IO_STACK_LOCATION* const stack = IoGetCurrentIrpStackLocation(irp);
     irp->IoStatus.Information = 0;
     if (extension->isUnplugged) {
         return Complete(irp, STATUS_NO_SUCH_DEVICE);
+    }
+    if (nodeDescriptions[extension->node].refusesToOpen) {
+        return Complete(irp, STATUS_ACCESS_DENIED);
+    }
+    if (stack->Parameters.DeviceIoControl.IoControlCode == MODEM_NODE_MAY_BE_OPEN) {
+        return Complete(irp, STATUS_SUCCESS);
     }
     return Complete(irp, HearOrder(extension->node, irp));
 }

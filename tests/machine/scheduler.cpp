@@ -56,8 +56,14 @@ std::shared_ptr<Thread> Scheduler::Start(LPTHREAD_START_ROUTINE entry, void* par
 }
 
 Thread& Scheduler::Current() {
-    Thread* thread = Find(GetCurrentThreadId());
-    return thread == nullptr ? Main() : *thread;
+    // By the system's id alone: it may equal the id that the program sees for another thread.
+    const DWORD id = GetCurrentThreadId();
+    for (const auto& thread : threads_) {
+        if (thread->RealId == id) {
+            return *thread;
+        }
+    }
+    return Main();
 }
 
 bool Scheduler::OnMain() const {
@@ -66,7 +72,7 @@ bool Scheduler::OnMain() const {
 
 Thread* Scheduler::Find(DWORD id) {
     for (const auto& thread : threads_) {
-        if (thread->RealId == id || thread->Id == id) {
+        if (thread->Id == id) {
             return thread.get();
         }
     }

@@ -56,7 +56,7 @@ public:
     Thread& Current();
     Thread& Main() { return *threads_.front(); }
     [[nodiscard]] bool OnMain() const;
-    // By the program's or the system's id; null when there is none.
+    // By the id that the program sees; null when there is none.
     Thread* Find(DWORD id);
 
     // Waits until the condition holds; false when the deadline (virtual milliseconds) came first.

@@ -38,6 +38,8 @@ class Machine:
         self.program = self.prefix / "drive_c" / layout.PROGRAM_FOLDER
         self.generation = generation
         self._keep = keep
+        # Further environment variables for the programs that are started.
+        self.variables = {}
         self._on = False
         self._wants_screen = screen
         self._screen = None
@@ -151,7 +153,7 @@ class Machine:
         return self._screen is not None and self._screen.shoot(path)
 
     def _environment(self):
-        return {"GAPFILL_JOURNAL": "C:\\gapfill.log"}
+        return {"GAPFILL_JOURNAL": "C:\\gapfill.log", **self.variables}
 
     def start(self, arguments, program="Setup.exe"):
         """Starts a program of the program's folder without waiting for it."""
@@ -159,7 +161,7 @@ class Machine:
         output = open(self.folder / "output.txt", "ab")
         with output:
             return subprocess.Popen(
-                [layout.WINE, layout.PROGRAM_PATH + program, *arguments],
+                host.command(self.prefix, layout.WINE, layout.PROGRAM_PATH + program, *arguments),
                 env=host.environment(self.prefix, self._display(), self._environment()),
                 cwd=self.prefix, stdin=subprocess.DEVNULL, stdout=output, stderr=output)
 

@@ -70,7 +70,8 @@ def _sections(text):
     return keys
 
 
-def _values(lines):
+def values_of(lines):
+    """{value name: value as written} of one key's lines."""
     found = {}
     for line in lines.split("\n"):
         match = re.match(r'(@|"(?:[^"\\]|\\.)*")=(.*)', line)
@@ -94,7 +95,7 @@ def _one_form(value):
 
 def parse(text):
     """{key path: {value name: value as written}}"""
-    return {path: _values(lines) for path, lines in _sections(text).items()}
+    return {path: values_of(lines) for path, lines in _sections(text).items()}
 
 
 def plain(value):
@@ -130,7 +131,7 @@ def difference(before, after):
             continue
         if key not in before or key not in after:
             lines.append(f"{'+' if key not in before else '-'} [{key}]")
-        old, new = _values(before.get(key, "")), _values(after.get(key, ""))
+        old, new = values_of(before.get(key, "")), values_of(after.get(key, ""))
         for name in sorted(old.keys() | new.keys()):
             was, now = old.get(name), new.get(name)
             if was != now:

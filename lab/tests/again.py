@@ -1,0 +1,59 @@
+"""Installing again, and removing what was installed."""
+
+import re
+
+import _road
+from machinelib import registry
+
+SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK)
+
+# What Windows keeps as well when devices and drivers are removed: the services' keys, the classes'
+# own keys, and the nodes of the devices themselves, which the next scan finds again.
+KEPT = re.compile(r"\\Services\\omp|\\Control\\Class\\\{[^\\]*\}(\\Properties)?\]|\\Enum\\USB\\"
+                  r"|\\DeviceClasses\\", re.I)
+
+
+def test_reinstall():
+    """A second installation removes the first one's devices, INF copies and files, and then
+    installs the modem again, once."""
+    with _road.plugged("plugged", SETTINGS) as on:
+        _road.run(on, "-i", 1)
+        _road.all_installed(on, plain=True)
+        first = _road.new_files(on)
+        lines = _road.run(on, "-i", 1)
+        for function in ("MI_00\\6&1C2B&0&0000", "MI_01\\6&1C2B&0&0001", "MI_02\\6&1C2B&0&0002"):
+            _road.in_order(lines, "CleanDevice: device USB\\VID_3A9D&PID_9001&" + function +
+                           " information in register was removed,because device was not exist")
+        for service in _road.SERVICES.values():
+            _road.in_order(lines, f"RemoveFile: File C:\\windows\\SYSTEM32\\DRIVERS\\{service}.sys "
+                           "was deleted successfully")
+        _road.all_installed(on, plain=True)
+        _road.equal("new files", _road.new_files(on), first)
+
+
+def test_uninstall():
+    """An uninstall brings the machine back to what it was, but for what Windows keeps as well."""
+    with _road.plugged("plugged", SETTINGS) as on:
+        _road.run(on, "-i", 1)
+        lines = _road.run(on, "-u", 1)
+        _road.in_order(lines, "UnInstall: Device to uninstall USB\\VID_3A9D&PID_9001",
+                       "UnInstall: Normal delete sys C:\\windows\\system32\\drivers\\ompmodem.sys",
+                       "RemoveFile: File C:\\windows\\system32\\drivers\\ompmodem.sys was deleted "
+                       "successfully")
+        removed = [line.rsplit(" ", 1)[1] for line in lines
+                   if line.startswith("UnInstall: Removing device ")]
+        _road.equal("interfaces are removed before whole devices", removed,
+                    sorted(removed, key=lambda device: "&MI_" not in device))
+        _road.nothing_installed(on)
+        _road.equal("new files", _road.new_files(on), [])
+        left = [line for line in registry.difference(on.before, on.snapshot())
+                if not KEPT.search(line)]
+        _road.equal("what is left in the registry", left, [])
+
+
+def test_uninstall_of_nothing():
+    """An uninstall on a machine where nothing was installed succeeds and changes no file."""
+    with _road.plugged("demo", _road.QUICK) as on:
+        _road.run(on, "-u", 1)
+        _road.nothing_installed(on)
+        _road.equal("new files", _road.new_files(on), [])

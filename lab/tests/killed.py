@@ -1,0 +1,42 @@
+"""The process ended from outside, at points spread over the run."""
+
+import concurrent.futures
+import re
+
+import _road
+
+POINTS = 20
+# These machines mostly wait for the program's own pauses.
+SIDE_BY_SIDE = 4
+KILLED = 99
+
+SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK)
+
+
+def calls_of_a_whole_run():
+    with _road.plugged("plugged", SETTINGS) as on:
+        _road.run(on, "-i", 1)
+        return max(int(number) for number in re.findall(r"^call (\d+) ", on.gap_journal(), re.M))
+
+
+def killed_at(call):
+    with _road.plugged("plugged", SETTINGS) as on:
+        on.variables["GAPFILL_KILL"] = str(call)
+        lines = _road.run(on, "-i", KILLED)
+        _road.none_begins(lines, "Setup: Setup process complete")
+        on.variables.clear()
+        _road.run(on, "-u", 1)
+        _road.equal(f"new files after a kill at call {call} and an uninstall",
+                    _road.new_files(on), [])
+        _road.run(on, "-i", 1)
+        _road.all_installed(on, plain=True)
+
+
+def test_killed():
+    """Killed at any of twenty points, an uninstall leaves nothing of the first installation, and
+    the next installation succeeds."""
+    last = calls_of_a_whole_run()
+    points = sorted({1 + i * (last - 1) // (POINTS - 1) for i in range(POINTS)})
+    _road.equal("kill points", len(points), POINTS)
+    with concurrent.futures.ThreadPoolExecutor(SIDE_BY_SIDE) as pool:
+        list(pool.map(killed_at, points))

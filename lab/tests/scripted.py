@@ -1,0 +1,50 @@
+"""A Setup.ini with every kind of scripted operation."""
+
+import _road
+from machinelib import registry
+
+SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK, {
+    "INSTALL": {"MODE": 3},
+    "PROCESS": {"OPERNUM": 1, "OPER00": "1,%s,Software\\Omdrel\\Demo,Started,yes,1,HKEY_CURRENT_USER"},
+    "USER_ENV_PARA": {"PORT": "COM7"},
+    "PRE_REG_OPER.INSTALL": {
+        "OPERNUM": 4,
+        # a literal, a variable of Setup.ini, and two values to take away again
+        "OPER00": "1,%s,Software\\Omdrel\\Demo,Port,%s,1,HKEY_CURRENT_USER,$PORT",
+        "OPER01": "1,%s,Software\\Omdrel\\Demo,Old,x,1,HKEY_CURRENT_USER",
+        "OPER02": "1,%s,Software\\Omdrel\\Demo\\Sub,Value,x,1,HKEY_CURRENT_USER",
+        "OPER03": "1,%s,Software\\Omdrel\\Demo\\Sub2,Value,x,1,HKEY_CURRENT_USER"},
+    "POST_REG_OPER.INSTALL": {
+        "OPERNUM": 3,
+        "OPER00": "2,%s,Software\\Omdrel\\Demo,Old,,1,HKEY_CURRENT_USER",
+        "OPER01": "2,%s,Software\\Omdrel\\Demo\\,Sub,,1,HKEY_CURRENT_USER",
+        "OPER02": "3,%s,Software\\Omdrel\\Demo,Port,,1,HKEY_CURRENT_USER"},
+    "PRE_FILE_OPER.INSTALL": {
+        "OPERNUM": 3,
+        "OPER00": "1,%s,,x,x,C:\\omdrel",
+        "OPER01": "1,%s,new.txt,x,x,C:\\omdrel\\",
+        "OPER02": "3,%s,Setup.ini,%s,copy.ini,$CD,C:\\omdrel\\"},
+    "POST_FILE_OPER.INSTALL": {
+        "OPERNUM": 2,
+        "OPER00": "2,%s,new.txt,x,x,C:\\omdrel\\",
+        "OPER01": "2,%s,not there.txt,x,x,C:\\omdrel\\"},
+})
+
+
+def test_operations():
+    """Folders, files, copies and deletions, and registry values set, deleted and asked for, are
+    done in their order, and a failing one does not stop the run."""
+    with _road.plugged("demo", SETTINGS) as on:
+        lines = _road.run(on, "-i", 1)
+        failed = [line for line in lines if " oper" in line and "fail" in line]
+        _road.equal("failed operations", failed, [
+            "ExecutSingleFileOper: File oper req 2,C:\\omdrel\\,not there.txt,x,x,C:\\omdrel\\ "
+            "fail,error code 0x00000002"], lines)
+        folder = on.file("C:\\omdrel")
+        _road.equal("files", sorted(path.name for path in folder.iterdir()), ["copy.ini"])
+        _road.equal("the copy", (folder / "copy.ini").read_bytes(),
+                    (on.program / "Setup.ini").read_bytes())
+        found = {key.rsplit("Omdrel\\", 1)[1]: registry.values_of(lines)
+                 for key, lines in on.snapshot().items() if "Omdrel\\" in key}
+        _road.equal("registry", found, {
+            "Demo": {"Started": '"yes"', "Port": '"COM7"'}, "Demo\\Sub2": {"Value": '"x"'}})

@@ -1,0 +1,43 @@
+"""Staging first, plugging afterwards."""
+
+import _road
+from machinelib import host, modem
+
+
+def staged(mode):
+    return _road.changed(_road.NO_SWITCH, _road.QUICK, {"INSTALL": {"MODE": mode}})
+
+
+def test_staged_then_plugged():
+    """A modem that is plugged after its packet was staged gets its drivers from the store."""
+    with _road.plugged("plugged", staged(0)) as on:
+        modem.control(on, "set", "off")
+        modem.control(on, "wait", "10")
+        lines = _road.run(on, "-i", 1)
+        _road.none_begins(lines, "AutoDeviceMatch", "UpdateInstall")
+        _road.equal("copies of INF files", len(_road.stored_infs(on)), 4, _road.new_files(on))
+        modem.control(on, "set", "modem")
+        modem.control(on, "wait", "10")
+        host.wait_until(lambda: all(node.service for node in _road.functions(on).values())
+                        and len(_road.functions(on)) == 3, 20, 0.5)
+        _road.equal("services", {name: node.service for name, node in _road.functions(on).items()},
+                    _road.SERVICES)
+
+
+def test_failing_copy_falls_back():
+    """With MODE 2 a copy that fails leads to the direct installation; the run still reports that
+    the staging failed, and rolls back."""
+    with _road.plugged("plugged", staged(2)) as on:
+        on.variables["GAPFILL_COPY"] = "fail:1:5"
+        lines = _road.run(on, "-i", 0)
+        _road.in_order(lines, "AutoDeviceMatch: Auto device match finish,total 3 devices matched",
+                       "Setup: Setup process fail,begin rollback...")
+        assert any("successfully installed" in line for line in lines), lines
+        _road.nothing_installed(on)
+
+
+def test_working_copies_need_no_fallback():
+    """With MODE 2 and working copies nothing is installed directly."""
+    with _road.plugged("plugged", staged(2)) as on:
+        lines = _road.run(on, "-i", 1)
+        _road.none_begins(lines, "AutoDeviceMatch", "UpdateInstall")

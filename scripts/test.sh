@@ -23,6 +23,8 @@ mkdir -p build/all
         printf ')\n'
     }
     add lint 600 "$PWD/scripts/lint.sh"
+    add docs.log 60 python3 "$PWD/docs/check_log_page.py"
+    add lab.description 60 python3 "$PWD/lab/modem_description_test.py"
     while read -r name; do
         add "lab.$name" 300 "$PWD/lab/tests/run" "$name"
     done < <(lab/tests/run --list)

@@ -18,6 +18,8 @@ def furnish(machine, packet="demo"):
     if not folder.is_dir():
         raise layout.LabError(f"there is no packet {packet}")
     machine.place(layout.BUILD / "Setup.exe", layout.BUILD / "Quenlor64.DLL", _GAP_FILLER, folder)
+    # Files that every Windows has and Wine has not.
+    shutil.copytree(PACKETS / "system", machine.prefix / layout.INF_STORE, dirs_exist_ok=True)
     wanted = machine.program / generations.packet_folder(machine.generation)
     if not wanted.exists() and (machine.program / "WIN7").exists():
         # Packets come for two generations; the others use the older one's files.

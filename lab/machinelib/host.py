@@ -5,6 +5,7 @@ import os
 import pathlib
 import signal
 import subprocess
+import threading
 import time
 
 from . import layout
@@ -99,12 +100,17 @@ class Screen:
             pass
 
 
+# Set once the lab is told to stop; threads that run machines look at it.
+interrupted = threading.Event()
+
+
 def stop_as_interrupt():
-    """Makes a termination signal unwind like Ctrl-C, so that machines are cleaned up."""
+    """Makes every signal to stop unwind like Ctrl-C, in all threads, so that machines are ended."""
     def unwind(*_):
+        interrupted.set()
         raise KeyboardInterrupt
-    signal.signal(signal.SIGTERM, unwind)
-    signal.signal(signal.SIGHUP, unwind)
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, unwind)
 
 
 def wait_until(condition, seconds, step=0.05):

@@ -177,6 +177,8 @@ class Machine:
         shown = old
         try:
             while process.poll() is None:
+                if host.interrupted.is_set():
+                    raise KeyboardInterrupt
                 if time.monotonic() - begun > timeout:
                     process.kill()
                     process.wait()

@@ -199,10 +199,18 @@ void FindIdsToUninstall(Machine& /*m*/, Lines& facts) {
     }
 }
 
-void RunInstall(Machine& m, Lines& facts) {
-    std::wstring argument = L"-i";
+void RunWith(std::wstring argument, Machine& m, Lines& facts) {
     facts.push_back("exit code: " + std::to_string(wWinMain(nullptr, nullptr, argument.data(), 0)));
     m.EndThreads();
+}
+
+void RunInstall(Machine& m, Lines& facts) {
+    RunWith(L"-i", m, facts);
+}
+
+void RunUninstall(Machine& m, Lines& facts) {
+    RunWith(L"-u", m, facts);
+    TellValue(m, facts, ModemKey, L"Device");
 }
 
 // --- what was there before ---
@@ -279,6 +287,19 @@ void AddPacketAndDevice(Machine& m) {
     m.AddDevice({.InstanceId = L"USB\\VID_3A9D&PID_9001&MI_01\\6&1C2B&0&0001"});
 }
 
+// What a direct installation of a packet with one INF leaves.
+void AddInstalledDevice(Machine& m) {
+    const Inf inf{
+        .Class = L"Modem", .Ids = {L"USB\\VID_3A9D&PID_9001&MI_00"}, .CopyFiles = {L"modem.sys"}};
+    m.AddInf(L"WIN7\\modem.inf", inf);
+    m.WriteBytes(L"D:\\Packet\\WIN7\\modem.sys", "driver");
+    m.AddOemInf(inf, L"oem7.inf");
+    m.WriteBytes(L"C:\\Windows\\system32\\drivers\\modem.sys", "driver");
+    m.AddDevice({.InstanceId = L"USB\\VID_3A9D&PID_9001\\1", .Class = L"USB"});
+    m.AddDevice({.InstanceId = L"USB\\VID_3A9D&PID_9001&MI_00\\6&1C2B&0&0000", .Class = L"Modem"});
+    m.SetRegistryText(ModemKey, L"Device", L"USB\\VID_3A9D&PID_9001");
+}
+
 } // namespace
 
 const std::vector<Scenario>& All() {
@@ -304,6 +325,7 @@ const std::vector<Scenario>& All() {
         {"direct-install", AddPacketAndDevice, RunInstall},
         {"staging", AddPacket, RunInstall},
         {"staging-without-time-limit", AddPacket, RunInstall},
+        {"uninstall", AddInstalledDevice, RunUninstall},
     };
     return Scenarios;
 }

@@ -4,13 +4,9 @@
 needed_packages=(
     cmake ninja-build g++ git python3
     g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 doctest-dev
-    clang clang-tidy clang-format
-    wine64 xvfb imagemagick
+    clang-tidy clang-format
+    wine64 xvfb imagemagick fonts-dejavu-core
 )
-
-package_is_installed() {
-    [[ $(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null) == ii* ]]
-}
 
 as_root() {
     if ((EUID == 0)); then
@@ -35,9 +31,11 @@ install_package() {
 }
 
 install_missing_packages() {
-    local package missing=()
+    local installed package missing=()
+    installed=$(dpkg-query -W -f '${db:Status-Abbrev}|${Package}\n' "${needed_packages[@]}" \
+        2>/dev/null || true)
     for package in "${needed_packages[@]}"; do
-        package_is_installed "$package" || missing+=("$package")
+        grep -Fqx "ii |$package" <<<"$installed" || missing+=("$package")
     done
     ((${#missing[@]} == 0)) && return 0
     if ! command -v apt-get >/dev/null; then

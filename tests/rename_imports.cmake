@@ -4,10 +4,8 @@
 # library imports a function that the machine does not know: such a call would reach the real system.
 cmake_minimum_required(VERSION 3.25)
 
-# Nothing of these must be simulated: the thread's last error, the handle that means "this process",
-# text conversion.
-# computes, and the standard output.
-set(real_functions GetLastError SetLastError GetCurrentProcess WideCharToMultiByte __acrt_iob_func)
+# Nothing of these must be simulated: the last error, "this process", text conversion.
+set(real_functions GetLastError SetLastError GetCurrentProcess WideCharToMultiByte)
 set(system_libraries kernel32 user32 advapi32 setupapi cfgmgr32 version newdev shell32 gdi32 ole32)
 
 function(symbols_of file filter pattern result)

@@ -175,7 +175,7 @@ void Machine::AnswerInstall(InstallAnswer answer) {
     state_->InstallAnswers.push_back(std::move(answer));
 }
 
-void Machine::CopyTakes(int n, Milliseconds time) {
+void Machine::CopyTakes(int n, Duration time) {
     state_->InfStore.CopyTimes[n] = time;
 }
 void Machine::CopyHangs(int n) {
@@ -184,7 +184,7 @@ void Machine::CopyHangs(int n) {
 void Machine::ReleaseHungCopies() {
     state_->InfStore.HangingCopies.clear();
 }
-void Machine::PendingInstallationsTake(Milliseconds time) {
+void Machine::PendingInstallationsTake(Duration time) {
     state_->InfStore.PendingTime = time;
 }
 
@@ -201,22 +201,22 @@ Service& Machine::ServiceAt(const std::wstring& name) {
     throw std::runtime_error("no service " + Utf8(name));
 }
 
-Milliseconds Machine::Now() const {
-    return Milliseconds(state_->Threads.Clock());
+Duration Machine::Now() const {
+    return Duration(state_->Threads.Clock());
 }
-void Machine::After(Milliseconds time, Action action) {
+void Machine::After(Duration time, Action action) {
     state_->Threads.At(time.count(), std::move(action));
 }
-void Machine::Arrives(const std::wstring& instanceId, Milliseconds time) {
+void Machine::Arrives(const std::wstring& instanceId, Duration time) {
     After(time, [this, instanceId] { Arrive(instanceId); });
 }
-void Machine::Leaves(const std::wstring& instanceId, Milliseconds time) {
+void Machine::Leaves(const std::wstring& instanceId, Duration time) {
     After(time, [this, instanceId] { Leave(instanceId); });
 }
 void Machine::AtReenumeration(int n, Action action) {
     state_->AtReenumeration[n].push_back(std::move(action));
 }
-void Machine::AfterOrder(Milliseconds delay, Action action) {
+void Machine::AfterOrder(Duration delay, Action action) {
     state_->AfterOrder.emplace_back(delay, std::move(action));
 }
 void Machine::BeforeCall(const std::string& function, int k, Action action) {
@@ -225,7 +225,7 @@ void Machine::BeforeCall(const std::string& function, int k, Action action) {
 void Machine::AfterCall(const std::string& function, int k, Action action) {
     state_->Record.After[{function, k}].push_back(std::move(action));
 }
-void Machine::LetTimePass(Milliseconds time) {
+void Machine::LetTimePass(Duration time) {
     state_->Threads.Sleep("LetTimePass", static_cast<std::uint32_t>(time.count()));
 }
 
@@ -323,7 +323,7 @@ std::string Machine::FailedCall() const {
 }
 void Machine::SetStepBudget(std::int64_t calls, std::chrono::hours virtualTime) {
     state_->Record.StepBudget = calls;
-    state_->Threads.TimeBudget = Milliseconds(virtualTime).count();
+    state_->Threads.TimeBudget = Duration(virtualTime).count();
 }
 
 std::string Machine::LeakSummary() const {

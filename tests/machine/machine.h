@@ -21,7 +21,7 @@ namespace machine {
 
 using Lines = std::vector<std::string>;
 using Action = std::function<void()>;
-using Milliseconds = std::chrono::milliseconds;
+using Duration = std::chrono::milliseconds;
 using namespace std::chrono_literals;
 
 // Thrown through the program by TerminateProcess on the own process.
@@ -125,11 +125,11 @@ public:
 
     // --- INF store ------------------------------------------------------------------------------
     // The n-th SetupCopyOEMInfW (from 1): takes this much virtual time; hangs until released.
-    void CopyTakes(int n, Milliseconds time);
+    void CopyTakes(int n, Duration time);
     void CopyHangs(int n);
     void ReleaseHungCopies();
     // Pending installations: how long CMP_WaitNoPendingInstallEvents takes each time.
-    void PendingInstallationsTake(Milliseconds time);
+    void PendingInstallationsTake(Duration time);
 
     // --- services -------------------------------------------------------------------------------
     Service& AddService(Service service);
@@ -137,21 +137,21 @@ public:
 
     // --- clock and timeline ---------------------------------------------------------------------
     // Virtual time since the machine was made.
-    [[nodiscard]] Milliseconds Now() const;
+    [[nodiscard]] Duration Now() const;
     // Runs the action when the virtual clock gets there.
-    void After(Milliseconds time, Action action);
-    void Arrives(const std::wstring& instanceId, Milliseconds time);
-    void Leaves(const std::wstring& instanceId, Milliseconds time);
+    void After(Duration time, Action action);
+    void Arrives(const std::wstring& instanceId, Duration time);
+    void Leaves(const std::wstring& instanceId, Duration time);
     // At the n-th re-enumeration of the device tree (from 1).
     void AtReenumeration(int n, Action action);
     // Whenever a device interface has received an order: `delay` later.
-    void AfterOrder(Milliseconds delay, Action action);
+    void AfterOrder(Duration delay, Action action);
     // Right before or after the k-th call of the function (from 1). The action runs outside the
     // program: it may change the machine, not call the program.
     void BeforeCall(const std::string& function, int k, Action action);
     void AfterCall(const std::string& function, int k, Action action);
     // Lets virtual time pass for the program's other threads and the timeline.
-    void LetTimePass(Milliseconds time);
+    void LetTimePass(Duration time);
 
     // --- threads --------------------------------------------------------------------------------
     // The program's threads are real but run one at a time: a thread runs until it waits or ends,

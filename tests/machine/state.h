@@ -50,9 +50,9 @@ struct Node {
 
 struct Store {
     int Copies = 0; // SetupCopyOEMInfW calls so far
-    std::map<int, Milliseconds> CopyTimes;
+    std::map<int, Duration> CopyTimes;
     std::set<int> HangingCopies;
-    Milliseconds PendingTime{0};
+    Duration PendingTime{0};
 };
 
 struct Services {
@@ -82,7 +82,7 @@ struct State {
     std::vector<Machine::InstallAnswer> InstallAnswers;
     std::map<int, std::vector<Action>> AtReenumeration;
     int Reenumerations = 0;
-    std::vector<std::pair<Milliseconds, Action>> AfterOrder;
+    std::vector<std::pair<Duration, Action>> AfterOrder;
 
     Store InfStore;
     Services DriverServices;

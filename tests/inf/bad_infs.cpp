@@ -4,6 +4,8 @@
 #include "inf/models.h"
 #include "support/doctest_support.h"
 
+#include <random>
+
 using namespace machine;
 
 namespace {
@@ -107,5 +109,40 @@ TEST_CASE("A class name of 511 characters is whole, a longer one is at most that
         CHECK(className == std::wstring(className.size(), L'C'));
         CHECK(className.size() <= 511);
         CHECK((length > 511 || className.size() == length));
+    }
+}
+
+TEST_CASE("Whatever stands in an INF, every reading of it ends") {
+    constexpr std::wstring_view Pieces[] = {L"[Manufacturer]\r\n",
+                                            L"[Models]\r\n",
+                                            L"[Models.NTamd64]\r\n",
+                                            L"[Install.NT]\r\n",
+                                            L"[DrvCopy]\r\n",
+                                            L"[DestinationDirs]\r\n",
+                                            L"[Strings]\r\n",
+                                            L"M=Models,NTamd64\r\n",
+                                            L"d=Install,ID\r\n",
+                                            L"CopyFiles=DrvCopy\r\n",
+                                            L"DrvCopy=10\r\n",
+                                            L"DefaultDestDir=12\r\n",
+                                            L"%M%",
+                                            L"=",
+                                            L",",
+                                            L"\"",
+                                            L"\\\r\n",
+                                            L";",
+                                            L" ",
+                                            L"\r\n",
+                                            L"]",
+                                            L"\x00E4"};
+    std::mt19937 random(20260105);
+    for (int i = 0; i < 150; ++i) {
+        Machine m;
+        std::wstring sections;
+        for (std::size_t count = random() % 40; count > 0; --count) {
+            sections += Pieces[random() % std::size(Pieces)];
+        }
+        CAPTURE(sections);
+        ReadAll(m, AddSections(m, sections));
     }
 }

@@ -23,6 +23,7 @@ mkdir -p build/all
         printf ')\n'
     }
     add lint 600 "$PWD/scripts/lint.sh"
+    add log-page 60 python3 "$PWD/docs/check_log_page.py"
     add docs.log 60 python3 "$PWD/docs/check_log_page.py"
     add lab.description 60 python3 "$PWD/lab/modem_description_test.py"
     while read -r name; do

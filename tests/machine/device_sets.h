@@ -38,7 +38,8 @@ DeviceSet* SetOf(Call& call, HDEVINFO handle);
 SetMember* MemberOf(Call& call, DeviceSet& set, const SP_DEVINFO_DATA* data);
 // The same, `data` may be null: the set itself.
 SetMember* MemberOrGlobal(Call& call, DeviceSet& set, const SP_DEVINFO_DATA* data);
-void FillDevInfo(const DeviceSet& set, const SetMember& member, SP_DEVINFO_DATA& data);
+// The record of the member at this place.
+void FillDevInfo(const DeviceSet& set, std::size_t member, SP_DEVINFO_DATA& data);
 
 // "set1, USB\VID_...\1" for the journal.
 Argument DeviceName(HDEVINFO handle, const SP_DEVINFO_DATA* data);

@@ -143,7 +143,7 @@ BOOL WINAPI HookSetupDiEnumDeviceInfo(HDEVINFO handle, DWORD index, PSP_DEVINFO_
     if (index >= set->Members.size()) {
         return call.Fail(FALSE, ERROR_NO_MORE_ITEMS);
     }
-    FillDevInfo(*set, set->Members[index], *data);
+    FillDevInfo(*set, index, *data);
     return TRUE;
 }
 
@@ -317,7 +317,7 @@ BOOL WINAPI HookSetupDiGetDeviceInterfaceDetailW(HDEVINFO handle, PSP_DEVICE_INT
         *needed = static_cast<DWORD>(total);
     }
     if (device != nullptr) {
-        FillDevInfo(*set, set->Members[found.Member], *device);
+        FillDevInfo(*set, found.Member, *device);
     }
     if (size < total) {
         return call.Fail(FALSE, ERROR_INSUFFICIENT_BUFFER);
@@ -351,15 +351,11 @@ SetMember* MemberOrGlobal(Call& call, DeviceSet& set, const SP_DEVINFO_DATA* dat
     return data == nullptr ? &set.Global : MemberOf(call, set, data);
 }
 
-void FillDevInfo(const DeviceSet& set, const SetMember& member, SP_DEVINFO_DATA& data) {
-    data.ClassGuid = ClassGuidOf(member.Owner->Description);
-    data.DevInst = member.Owner->DevInst;
-    data.Reserved = 0;
-    for (std::size_t index = 0; index < set.Members.size(); ++index) {
-        if (&set.Members[index] == &member) {
-            data.Reserved = index + 1;
-        }
-    }
+void FillDevInfo(const DeviceSet& set, std::size_t member, SP_DEVINFO_DATA& data) {
+    const Node& owner = *set.Members[member].Owner;
+    data.ClassGuid = ClassGuidOf(owner.Description);
+    data.DevInst = owner.DevInst;
+    data.Reserved = member + 1;
 }
 
 Argument DeviceName(HDEVINFO handle, const SP_DEVINFO_DATA* data) {

@@ -1,5 +1,5 @@
 # The program's own objects with their imports led to the simulated machine, linked with the tests.
-set(not_rooms machine support native)
+set(not_rooms machine support native bench)
 
 file(GLOB machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
 add_library(setup_machine STATIC ${machine_sources})
@@ -27,7 +27,7 @@ endforeach()
 add_custom_target(setup_core_under_test DEPENDS ${under_test})
 
 file(GLOB test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*/*.cpp)
-list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native)/")
+list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
 add_executable(setup_tests ${test_sources})
 add_dependencies(setup_tests setup_core_under_test)
 setup_compile_options(setup_tests)
@@ -38,6 +38,8 @@ target_link_options(setup_tests PRIVATE -static)
 if(SETUP_CHECKS)
     target_compile_definitions(setup_tests PRIVATE GUARD_MEMORY)
 endif()
+
+include(bench/bench.cmake)
 
 if(CMAKE_HOST_WIN32)
     set(launcher)

@@ -3,6 +3,9 @@
 #include "machine/machine.h"
 #include "support/doctest_support.h"
 
+#include <algorithm>
+#include <utility>
+
 using namespace machine;
 
 namespace {
@@ -123,18 +126,31 @@ TEST_CASE("An OEM INF that the parser rejects is skipped") {
     CHECK_FALSE(m.Exists(L"C:\\Windows\\INF\\oem1.inf"));
 }
 
-TEST_CASE("An OEM INF whose size query succeeds at once is not skipped") {
-    Machine m;
-    const std::wstring inf = AddPacketInf(m);
-    m.AddOemInf(Inf{.Ids = {Id}});
-    const int before = [&] {
-        Machine::Current()->ForgetJournal();
-        return 0;
-    }();
-    CHECK(before == 0);
-    CHECK(CleanInf(inf));
-    // The query that decides asks with no buffer.
-    CHECK(m.CallsOf("SetupGetInfInformationW").size() > 1);
+TEST_CASE(
+    "An OEM INF that the parser refuses to size is skipped, unless its buffer was too small") {
+    // Runs the cleaning with the parser's first answer about the OEM INF failing; 0: not failing.
+    const auto uninstalls = [](DWORD error, int call) {
+        Machine m;
+        const std::wstring inf = AddPacketInf(m);
+        m.AddOemInf(Inf{.Ids = {Id}});
+        if (error != 0) {
+            m.FailCall("SetupGetInfInformationW", call, error);
+        }
+        CHECK(CleanInf(inf));
+        const Lines calls = m.CallsOf("SetupGetInfInformationW");
+        const auto first =
+            std::find(calls.begin(), calls.end(),
+                      std::string("SetupGetInfInformationW(C:\\Windows\\INF\\oem0.inf, 2, 0)") +
+                          (error == 0     ? ""
+                           : error == 122 ? " -> fails 0x7A"
+                                          : " -> fails 0x5"));
+        REQUIRE(first != calls.end());
+        const int number = static_cast<int>(first - calls.begin()) + 1;
+        return std::pair(m.CallsOf("SetupUninstallOEMInfW").size(), number);
+    };
+    const int first = uninstalls(0, 0).second;
+    CHECK(uninstalls(ERROR_INSUFFICIENT_BUFFER, first) == std::pair(std::size_t{1}, first));
+    CHECK(uninstalls(ERROR_ACCESS_DENIED, first) == std::pair(std::size_t{0}, first));
 }
 
 TEST_CASE("An OEM INF whose models cannot be read ends the cleaning before anything is deleted") {

@@ -26,15 +26,26 @@ foreach(library setup_core setup_pure)
 endforeach()
 add_custom_target(setup_core_under_test DEPENDS ${under_test})
 
+# Links a test program with the renamed libraries and the machine. The program's objects come first
+# and whole: of an inline function that a test shares with them (a handle's owner, say), the linker
+# keeps the first copy, and only theirs leads to the machine.
+function(link_under_test target)
+    add_dependencies(${target} setup_core_under_test)
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${under_test})
+    target_link_options(${target} PRIVATE -static
+        -Wl,--whole-archive ${under_test} -Wl,--no-whole-archive)
+    target_link_libraries(${target} PRIVATE setup_machine setupapi)
+endfunction()
+
 file(GLOB test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*/*.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
 add_executable(setup_tests ${test_sources})
-add_dependencies(setup_tests setup_core_under_test)
+# Some tests read what is built beside them.
+add_dependencies(setup_tests Setup Quenlor64)
 setup_compile_options(setup_tests)
 target_compile_definitions(setup_tests PRIVATE DOCTEST_CONFIG_NO_MULTITHREADING)
 target_include_directories(setup_tests SYSTEM PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/include)
-target_link_libraries(setup_tests PRIVATE ${under_test} setup_machine setupapi)
-target_link_options(setup_tests PRIVATE -static)
+link_under_test(setup_tests)
 if(SETUP_CHECKS)
     target_compile_definitions(setup_tests PRIVATE GUARD_MEMORY)
 endif()

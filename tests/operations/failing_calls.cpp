@@ -26,21 +26,22 @@ constexpr auto* Script =
     L"OPER03=2,%s,c.txt,x,x,$DATA\r\n"
     L"[USER_ENV_PARA]\r\nDATA=C:\\data\\\r\n";
 
-// One run in which the k-th call fails (0: none), the reading of the settings counted; the number
-// of calls.
-int RunFailing(int k, DWORD error) {
-    Machine m;
-    m.WriteIni(Script);
+// What the script works on, as it is before a run.
+void Prepare(Machine& m) {
     m.WriteBytes(L"D:\\Packet\\a.sys", "driver");
     m.WriteBytes(L"C:\\data\\c.txt", "c");
     m.WriteBytes(L"C:\\data\\stays.txt", "stays");
     m.SetRegistryText(L"HKEY_CURRENT_USER\\SOFTWARE\\VendorX", L"A", L"a");
     m.SetRegistryText(L"HKEY_CURRENT_USER\\SOFTWARE\\VendorX\\Sub", L"B", L"b");
     m.SetRegistryText(L"HKEY_CURRENT_USER\\SOFTWARE", L"Stays", L"stays");
-    m.CountSettingsToo();
-    if (k != 0) {
-        m.FailAnyCall(k, error);
-    }
+    m.ForgetJournal();
+}
+
+// One run in which the k-th call fails (0: none); the number of its calls.
+int RunFailing(Machine& m, int k, DWORD error) {
+    Prepare(m);
+    const int before = m.CountedCalls();
+    m.FailAnyCall(k == 0 ? 0 : before + k, error);
     CHECK(RunRegeditSection(L"PRE_REG_OPER"));
     CHECK(RunFileOperSection(L"PRE_FILE_OPER"));
     CHECK(m.LeakSummary() == "");
@@ -54,19 +55,24 @@ int RunFailing(int k, DWORD error) {
             line.starts_with("ExecuteSingleRegeditReq: Register operation fail, req ");
         CHECK_MESSAGE(known, line);
     }
-    return m.CountedCalls();
+    return m.CountedCalls() - before;
 }
 
 } // namespace
 
 TEST_CASE("Whichever call fails, the scripted sections end and touch nothing else") {
-    const int calls = RunFailing(0, 0);
+    Machine m;
+    m.SetStepBudget(50'000'000, std::chrono::hours(1));
+    m.WriteIni(Script);
+    // A setting that cannot be read is one that is not there.
+    m.CountSettingsToo();
+    const int calls = RunFailing(m, 0, 0);
     int runs = 0;
     for (const DWORD error : Errors) {
         for (int k = 1; k <= calls; ++k, ++runs) {
             CAPTURE(k);
             CAPTURE(error);
-            RunFailing(k, error);
+            RunFailing(m, k, error);
         }
     }
     MESSAGE(calls, " calls, ", runs, " runs with one of them failing");

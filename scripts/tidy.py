@@ -12,11 +12,14 @@ import pathlib
 import re
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 INCLUDE_FOLDERS = [ROOT / "src", ROOT / "companions"]
 COMPILER = "x86_64-w64-mingw32-g++-win32"
+CONFIGURATION = ROOT / ".clang-tidy"
 JOBS = 2
+TOGETHER = 6
 
 
 def compiler_folders():
@@ -61,19 +64,48 @@ def stamp_of(path, common):
     return digest.hexdigest()
 
 
-def look_at(path, call):
-    extra = ["-DSETUP_BUILDS_COMPANION"] if ROOT / "companions" in path.parents else []
-    done = subprocess.run(["clang-tidy", "--quiet", str(path), "--", *call, *extra], cwd=ROOT,
+def tidy(path, call, *options):
+    done = subprocess.run(["clang-tidy", "--quiet", *options, str(path), "--", *call], cwd=ROOT,
                           capture_output=True, text=True)
     # Standard error only counts the warnings of system headers, unless something went wrong.
     return done.returncode == 0, done.stdout + (done.stderr if done.returncode != 0 else "")
+
+
+def look_at_together(paths, call):
+    """True when nothing is found in the files, put behind each other as one: most of the time goes
+    into the system's headers, which are then read once. False may also mean that the files do not go
+    together, for example because two of them have a helper of the same name."""
+    with tempfile.TemporaryDirectory() as folder:
+        joined = pathlib.Path(folder) / "joined.cpp"
+        joined.write_text("".join(path.read_text("utf-8") + "\n" for path in paths), "utf-8")
+        return tidy(joined, [*call, f"-iquote{paths[0].parent}"], f"--config-file={CONFIGURATION}",
+                    "--checks=-readability-duplicate-include")[0]
+
+
+def look_at(paths, call):
+    """{file: what was found, or None} for files of one folder."""
+    if ROOT / "companions" in paths[0].parents:
+        call = [*call, "-DSETUP_BUILDS_COMPANION"]
+    if len(paths) > 1 and look_at_together(paths, call):
+        return {path: None for path in paths}
+    results = {path: tidy(path, call) for path in paths}
+    return {path: None if passed else text for path, (passed, text) in results.items()}
+
+
+def groups(paths):
+    """The files of each folder in groups of a few."""
+    by_folder = {}
+    for path in paths:
+        by_folder.setdefault(path.parent, []).append(path)
+    return [files[i:i + TOGETHER] for files in by_folder.values()
+            for i in range(0, len(files), TOGETHER)]
 
 
 def main():
     stamps = pathlib.Path(sys.argv[1])
     stamps.mkdir(parents=True, exist_ok=True)
     call = arguments()
-    common = (ROOT / ".clang-tidy").read_bytes() + "\0".join(call).encode()
+    common = CONFIGURATION.read_bytes() + "\0".join(call).encode()
     tracked = subprocess.run(["git", "ls-files", "src/*.cpp", "companions/*.cpp"], cwd=ROOT,
                              capture_output=True, text=True, check=True).stdout.split()
     files = [ROOT / name for name in tracked if (ROOT / name).is_file()]
@@ -81,12 +113,13 @@ def main():
     due = [path for path in files if not keys[path].exists()]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
-        for path, (passed, text) in zip(due, pool.map(lambda path: look_at(path, call), due)):
-            if passed:
-                keys[path].touch()
-            else:
-                failed += 1
-                print(text)
+        for found in pool.map(lambda paths: look_at(paths, call), groups(due)):
+            for path, text in found.items():
+                if text is None:
+                    keys[path].touch()
+                else:
+                    failed += 1
+                    print(text)
     for old in set(stamps.iterdir()) - set(keys.values()):
         old.unlink()
     print(f"clang-tidy: {len(files)} files, {len(due)} looked at, {failed} with findings")

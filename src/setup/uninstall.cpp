@@ -73,13 +73,13 @@ bool GetDevIDToUnInstall(DeviceIdList& ids) {
     if (!GetCompositeDeviceIDFromInf(ids, exactMatchFound)) {
         return false;
     }
-    std::wstring configured = ConfiguredDeviceId();
+    const std::wstring configured = ConfiguredDeviceId();
     if (configured.empty()) {
         WriteLog(L"GetDevIDToUnInstall: No device id configuration found in regedit,use device id "
                  L"found in inf");
         return true;
     }
-    ids.assign(1, std::move(configured));
+    ids.assign(1, configured);
     return true;
 }
 

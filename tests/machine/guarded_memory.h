@@ -1,0 +1,23 @@
+// Memory whose overrun ends the run on the spot. Built in with GUARD_MEMORY (preset checks): while
+// a machine lives, every `new` outside the machine's own work gets pages of its own, ends right
+// before a page that nobody may touch, and is never handed out again after `delete`.
+#pragma once
+
+namespace machine {
+
+// The machine's own allocations: its journal alone would use up the pages.
+class UnguardedScope {
+public:
+    UnguardedScope();
+    ~UnguardedScope();
+    UnguardedScope(const UnguardedScope&) = delete;
+    UnguardedScope& operator=(const UnguardedScope&) = delete;
+};
+
+// Called as machines come and go.
+void GuardMemory(bool guard);
+
+// The k-th new(std::nothrow) from now on (from 1) gives null; 0: none.
+void FailNothrowNew(int k);
+
+} // namespace machine

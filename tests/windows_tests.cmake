@@ -39,12 +39,24 @@ endfunction()
 
 file(GLOB test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*/*.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
-add_executable(setup_tests ${test_sources})
+# The program's log formats, for the tests that must know every line it writes.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+set(log_formats ${CMAKE_CURRENT_BINARY_DIR}/generated/log_formats.inc)
+file(GLOB_RECURSE program_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/../src/*.cpp)
+add_custom_command(
+    OUTPUT ${log_formats}
+    COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/support/log_formats.py
+            ${CMAKE_CURRENT_SOURCE_DIR}/../src ${log_formats}
+    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/log_formats.py ${program_sources}
+    COMMENT "Listing the program's log formats"
+    VERBATIM)
+add_executable(setup_tests ${test_sources} ${log_formats})
 # Some tests read what is built beside them.
 add_dependencies(setup_tests Setup Quenlor64)
 setup_compile_options(setup_tests)
 target_compile_definitions(setup_tests PRIVATE DOCTEST_CONFIG_NO_MULTITHREADING)
 target_include_directories(setup_tests SYSTEM PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/include)
+target_include_directories(setup_tests PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
 link_under_test(setup_tests)
 if(SETUP_CHECKS)
     target_compile_definitions(setup_machine PUBLIC GUARD_MEMORY)
@@ -69,3 +81,5 @@ foreach(room ${rooms})
         set_tests_properties(${room} PROPERTIES TIMEOUT 600)
     endif()
 endforeach()
+# Thousands of runs: started first, and given more time than the others.
+set_tests_properties(torture PROPERTIES COST 1000 ENVIRONMENT SETUP_TEST_TIMEOUT=590)

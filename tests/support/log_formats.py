@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+"""Lists the program's log formats as regular expressions, for the tests that must know every line.
+
+usage: log_formats.py <src folder> <output.inc>
+
+Writes one C++ raw string per format. A text counts as a format when it looks like a log line: a
+name, then a colon or a blank and more words.
+"""
+import pathlib
+import re
+import sys
+
+LITERALS = re.compile(r'(?:L"(?:[^"\\]|\\.)*"\s*)+')
+PIECE = re.compile(r'L"((?:[^"\\]|\\.)*)"')
+LOG_LINE = re.compile(r'\w+(:| \S)')
+# What a conversion may have become.
+CONVERSIONS = {"s": ".*", "d": "-?[0-9]+", "08X": "[0-9A-F]{8}", "02X": "[0-9A-F]{2,8}"}
+CONVERSION = re.compile(r"%(08X|02X|[a-zA-Z])")
+
+
+def formats_in(source):
+    without_comments = re.sub(r"^\s*//.*$", "", source, flags=re.MULTILINE)
+    for match in LITERALS.finditer(without_comments):
+        text = "".join(PIECE.findall(match.group()))
+        if LOG_LINE.match(text):
+            yield text
+
+
+def expression_of(text):
+    parts = CONVERSION.split(text)
+    result = ""
+    for position, part in enumerate(parts):
+        if position % 2 == 1:
+            result += CONVERSIONS[part]
+        else:
+            # The escapes for tab and line break mean the same in C++ and in the expression.
+            pieces = re.split(r"(\\[nt\\])", part)
+            result += "".join(
+                piece if index % 2 == 1 else re.sub(r"([.*+?^$(){}|\[\]])", r"\\\1", piece)
+                for index, piece in enumerate(pieces)
+            )
+    return result
+
+
+def main():
+    folder, output = map(pathlib.Path, sys.argv[1:3])
+    formats = set()
+    for path in sorted(folder.rglob("*.cpp")):
+        formats.update(formats_in(path.read_text(encoding="utf-8")))
+    output.parent.mkdir(parents=True, exist_ok=True)
+    lines = [f'R"~({expression_of(text)})~",\n' for text in sorted(formats)]
+    output.write_text("".join(lines), encoding="utf-8")
+
+
+main()

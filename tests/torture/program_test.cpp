@@ -1,0 +1,73 @@
+// Whole runs of the program with every call failing once.
+#include "common/run_state.h"
+#include "support/doctest_support.h"
+#include "support/torture.h"
+
+using namespace machine;
+
+// The program's own entry.
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int showCommand);
+
+namespace {
+
+const std::wstring Modem = L"USB\\VID_3A9D&PID_9001";
+
+int Start(std::wstring commandLine) {
+    return wWinMain(nullptr, nullptr, commandLine.data(), SW_SHOW);
+}
+
+void Describe(Machine& m, const wchar_t* mode) {
+    m.WriteIni(L"[INSTALL]\r\nCOPYOEMTIMEOUT=60\r\nMODE=" + std::wstring(mode) +
+               L"\r\n[ENUM]\r\nMAXCYCLE=1\r\n");
+    m.AddInf(L"WIN7\\modem.inf", Inf{.Class = L"Ports", .Ids = {Modem}});
+    m.AddDevice(Device{.InstanceId = Modem + L"\\1", .Class = L"USB"});
+}
+
+// A staging worker that cannot open or release a semaphore, or whose message is lost, is waited for
+// without limit: known, and kept.
+const std::set<std::string> WorkerSignals{"OpenSemaphoreW", "ReleaseSemaphore",
+                                          "PostThreadMessageW"};
+
+// The exit code, the closing line and the rollback tell the same.
+void CheckRun(const Machine& m, int result) {
+    const Lines log = m.Log();
+    REQUIRE_FALSE(log.empty());
+    const bool complete = log.back().starts_with("Setup: Setup process complete, total ");
+    CHECK(complete == (result == 1));
+    CHECK((log.back() == "Setup: Setup process fail,see more detail in log file") == !complete);
+    CHECK_FALSE((complete && m.Logged("Setup: Setup process fail,begin rollback...")));
+}
+
+Road InstallRoad(const char* name, const wchar_t* mode) {
+    return {.Name = name,
+            .Describe = [mode](Machine& m) { Describe(m, mode); },
+            .Run = [] { return Start(L"-i"); },
+            .Check = CheckRun,
+            .MayWaitForEver = WorkerSignals};
+}
+
+} // namespace
+
+TEST_CASE("An install run that stages survives every failing call") {
+    FailEachCall(InstallRoad("-i, mode 0", L"0"));
+}
+
+TEST_CASE("A direct install run survives every failing call") {
+    FailEachCall(InstallRoad("-i, mode 1", L"1"));
+}
+
+TEST_CASE("An install run that stages and may fall back survives every failing call") {
+    FailEachCall(InstallRoad("-i, mode 2", L"2"));
+}
+
+TEST_CASE("An uninstall run survives every failing call") {
+    FailEachCall({.Name = "-u",
+                  .Describe =
+                      [](Machine& m) {
+                          Describe(m, L"1");
+                          m.AddOemInf(Inf{.Class = L"Ports", .Ids = {Modem}});
+                          m.WriteText(L"D:\\Packet\\WIN7\\modem.sys", L"driver");
+                      },
+                  .Run = [] { return Start(L"-u"); },
+                  .Check = CheckRun});
+}

@@ -111,6 +111,51 @@ TEST_CASE("Threads meet through semaphores and messages") {
     CHECK(m.LeakSummary() == "");
 }
 
+TEST_CASE("A seed gives an order of the threads, the same one each time") {
+    const auto journal = [](unsigned seed) {
+        Machine m;
+        m.ShuffleThreads(seed);
+        HANDLE ready = fake_CreateSemaphoreW(nullptr, 0, 1, L"Ready");
+        HANDLE thread = fake_CreateThread(nullptr, 0, &ReleaseAndPost, ready, 0, nullptr);
+        for (int call = 0; call < 5; ++call) {
+            fake_DeleteFileW(L"C:\\none.txt");
+        }
+        m.LetThreadsFinish();
+        fake_CloseHandle(thread);
+        fake_CloseHandle(ready);
+        return m.Journal();
+    };
+    int others = 0;
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        const Lines first = journal(seed);
+        CHECK(first == journal(seed));
+        others += first == journal(1) ? 0 : 1;
+    }
+    CHECK(others > 0);
+}
+
+TEST_CASE("A thread that hangs in a copy is ended and gives back what it holds") {
+    Machine m;
+    const std::wstring inf = m.AddInf(L"WIN7\\b.inf", Inf{.Ids = {L"USB\\B"}});
+    m.CopyHangs(1);
+    const auto copy = [](void* path) -> DWORD {
+        fake_SetupCopyOEMInfW(static_cast<const wchar_t*>(path), nullptr, SPOST_PATH, 0, nullptr, 0,
+                              nullptr, nullptr);
+        return 1;
+    };
+    std::wstring path = inf;
+    HANDLE thread = fake_CreateThread(nullptr, 0, copy, path.data(), 0, nullptr);
+    m.LetThreadsFinish();
+    CHECK(m.RunningThreads() == 1);
+    CHECK(fake_WaitForSingleObject(thread, 5000) == WAIT_TIMEOUT);
+    CHECK(m.Now() == 5s);
+    m.EndThreads();
+    CHECK(m.RunningThreads() == 0);
+    CHECK(m.ThreadFailure() == "");
+    CHECK_FALSE(m.Exists(L"C:\\Windows\\INF\\oem0.inf"));
+    fake_CloseHandle(thread);
+}
+
 TEST_CASE("A wait that nothing can end is reported instead of hanging") {
     Machine m;
     HANDLE never = fake_CreateSemaphoreW(nullptr, 0, 1, nullptr);

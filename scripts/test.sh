@@ -22,12 +22,12 @@ mkdir -p build/all
         [[ $name != lab.* ]] || printf ' COST 1000'
         printf ')\n'
     }
-    add lint 600 "$PWD/scripts/lint.sh"
+    add lint 900 "$PWD/scripts/lint.sh"
     add log-page 60 python3 "$PWD/docs/check_log_page.py"
     add docs.log 60 python3 "$PWD/docs/check_log_page.py"
     add lab.description 60 python3 "$PWD/lab/modem_description_test.py"
     while read -r name; do
-        add "lab.$name" 300 "$PWD/lab/tests/run" "$name"
+        add "lab.$name" 900 "$PWD/lab/tests/run" "$name"
     done < <(lab/tests/run --list)
     for preset in native mingw checks; do
         printf 'subdirs([=[%s]=])\n' "$PWD/build/$preset"

@@ -25,7 +25,6 @@ mkdir -p build/all
     add lint 900 "$PWD/scripts/lint.sh"
     add log-page 60 python3 "$PWD/docs/check_log_page.py"
     add docs.log 60 python3 "$PWD/docs/check_log_page.py"
-    add lab.description 60 python3 "$PWD/lab/modem_description_test.py"
     while read -r name; do
         add "lab.$name" 900 "$PWD/lab/tests/run" "$name"
     done < <(lab/tests/run --list)

@@ -15,8 +15,9 @@ const std::wstring Id3 = L"USB\\VID_3A9D&PID_9001&MI_03";
 const std::string FinalChanceLine =
     "AutoDeviceMatch: Max Cycle reached, device still not match complete,trying final chance";
 
-// A packet for the three functions of one modem.
+// A packet for the three functions of one modem. Cycles that should have ended end the test soon.
 void AddModemPacket(Machine& m) {
+    m.SetStepBudget(20'000, std::chrono::hours(24));
     m.AddInf(L"WIN7\\modem.inf", Inf{.Class = L"Modem", .Ids = {Id0}});
     m.AddInf(L"WIN7\\ports.inf", Inf{.Class = L"Ports", .Ids = {Id2, Id3}});
 }

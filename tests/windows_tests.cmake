@@ -54,6 +54,13 @@ add_executable(setup_tests ${test_sources} ${log_formats})
 # Some tests read what is built beside them.
 add_dependencies(setup_tests Setup Quenlor64)
 setup_compile_options(setup_tests)
+# The tests themselves gain nothing from the optimiser, and each would read the same large headers.
+if(NOT MSVC)
+    target_compile_options(setup_tests PRIVATE -O0)
+endif()
+target_precompile_headers(setup_tests PRIVATE <doctest/doctest.h> machine/machine.h)
+# This one makes doctest's own code out of its header.
+set_source_files_properties(support/doctest_main.cpp PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
 target_compile_definitions(setup_tests PRIVATE DOCTEST_CONFIG_NO_MULTITHREADING)
 target_include_directories(setup_tests SYSTEM PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/include)
 target_include_directories(setup_tests PRIVATE ${CMAKE_CURRENT_BINARY_DIR})

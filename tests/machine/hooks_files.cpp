@@ -107,6 +107,10 @@ BOOL WINAPI HookDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD i
 }
 
 BOOL WINAPI HookCloseHandle(HANDLE handle) {
+    if (Machine::Current() == nullptr) {
+        // A test that owns a real handle closes it through the program's copy of the owner.
+        return CloseHandle(handle);
+    }
     Call call("CloseHandle", Counting::Never, {Named(handle)}, Telling::Aside);
     if (call.Fails()) {
         return TRUE;

@@ -117,6 +117,9 @@ FARPROC WINAPI HookGetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 BOOL WINAPI HookFreeLibrary(HMODULE module) {
+    if (Machine::Current() == nullptr) {
+        return FreeLibrary(module);
+    }
     Call call("FreeLibrary", Counting::Never, {Named(module)}, Telling::Aside);
     if (call.Fails()) {
         return TRUE;

@@ -203,6 +203,16 @@ TEST_CASE("A device that matches two ids is recorded twice, and its second remov
           1);
 }
 
+TEST_CASE("A models line that ends in a comma lists no device, and removes none") {
+    Machine m;
+    SetUp(m);
+    m.AddInf(L"WIN7\\comma.inf", Inf{.Ids = {L"USB\\VID_3A9D&PID_9003,"}});
+    m.AddDevice({.InstanceId = L"USB\\VID_0001&PID_0002\\1", .Class = L"USB"});
+    CHECK(UnInstall(true));
+    CHECK(Removing(m).size() == 3);
+    CHECK(m.HasDevice(L"USB\\VID_0001&PID_0002\\1"));
+}
+
 TEST_CASE("Restart flags of a removal are told") {
     Machine m;
     SetUp(m);

@@ -41,3 +41,19 @@ def test_working_copies_need_no_fallback():
     with _road.plugged("plugged", staged(2)) as on:
         lines = _road.run(on, "-i", 1)
         _road.none_begins(lines, "AutoDeviceMatch", "UpdateInstall")
+
+
+def test_hung_copy_falls_back():
+    """A copy that never ends is given up after its time limit; MODE 2 then installs directly, and the
+    run ends although one of its threads still hangs."""
+    settings = _road.changed(staged(2), {"INSTALL": {"COPYOEMTIMEOUT": 2}})
+    with _road.plugged("plugged", settings) as on:
+        on.variables["GAPFILL_COPY"] = "hang:2"
+        lines = _road.run(on, "-i", 0)
+        timed_out = [line for line in lines if line.startswith("PreInstall: Message 0x7E9 from thread")]
+        _road.equal("messages that a copy timed out", len(timed_out), 1, lines)
+        _road.in_order(lines, timed_out[0],
+                       "AutoDeviceMatch: Auto device match finish,total 3 devices matched",
+                       "Setup: Setup process fail,begin rollback...",
+                       "Setup: Setup process fail,see more detail in log file")
+        _road.nothing_installed(on)

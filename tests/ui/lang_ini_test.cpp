@@ -29,9 +29,10 @@ constexpr std::array<Language, 8> Languages{{
       L"Removing the device drivers...", L"The device drivers are installed.",
       L"The installation failed.", L"The device drivers were removed.", L"The removal failed."}},
     {L"AR",
-     {L"جارٍ التحضير، يرجى الانتظار...", L"جارٍ تثبيت برامج تشغيل الجهاز...",
-      L"جارٍ إزالة برامج تشغيل الجهاز...", L"تم تثبيت برامج تشغيل الجهاز.", L"فشل التثبيت.",
-      L"تمت إزالة برامج تشغيل الجهاز.", L"فشلت الإزالة."}},
+     // Without a final dot: in a left-to-right control it would stand at the wrong end.
+     {L"جارٍ التحضير، يرجى الانتظار", L"جارٍ تثبيت برامج تشغيل الجهاز",
+      L"جارٍ إزالة برامج تشغيل الجهاز", L"تم تثبيت برامج تشغيل الجهاز", L"فشل التثبيت",
+      L"تمت إزالة برامج تشغيل الجهاز", L"فشلت الإزالة"}},
     {L"ZH",
      {L"正在准备，请稍候...", L"正在安装设备驱动程序...", L"正在卸载设备驱动程序...",
       L"设备驱动程序已安装。", L"安装失败。", L"设备驱动程序已卸载。", L"卸载失败。"}},

@@ -33,4 +33,5 @@ mkdir -p build/all
     done
 } >build/all/CTestTestfile.cmake
 
-exec ctest --test-dir build/all --output-on-failure -j "$(nproc)"
+# Most tests wait for Wine more than they compute.
+exec ctest --test-dir build/all --output-on-failure -j "$((2 * $(nproc)))"

@@ -113,10 +113,16 @@ void MakeFolders(const State& state, std::wstring_view folder) {
 }
 
 void WriteBytes(const State& state, const std::wstring& path, std::string_view bytes) {
-    MakeFolders(state, WithoutFinalBackslash(Folder(path)));
     const std::wstring real = RealPath(state, path);
-    HANDLE file = CreateFileW(real.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    const auto create = [&real] {
+        return CreateFileW(real.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    };
+    HANDLE file = create();
+    if (file == INVALID_HANDLE_VALUE) {
+        MakeFolders(state, WithoutFinalBackslash(Folder(path)));
+        file = create();
+    }
     if (file == INVALID_HANDLE_VALUE) {
         throw std::runtime_error("the machine cannot write " + Utf8(real));
     }

@@ -23,7 +23,6 @@ mkdir -p build/all
         printf ')\n'
     }
     add lint 900 "$PWD/scripts/lint.sh"
-    add log-page 60 python3 "$PWD/docs/check_log_page.py"
     add docs.log 60 python3 "$PWD/docs/check_log_page.py"
     while read -r name; do
         add "lab.$name" 900 "$PWD/lab/tests/run" "$name"

@@ -32,4 +32,11 @@ mkdir -p "$prefix"
     fi
 ) 9>"$prefix/.lock"
 
-exec timeout "${SETUP_TEST_TIMEOUT:-300}" "$wine" "$@"
+# Wine's services outlive the program and inherit its output; were that the caller's pipe, the caller
+# would wait for them as well.
+output=$(mktemp)
+trap 'rm -f "$output"' EXIT
+status=0
+timeout "${SETUP_TEST_TIMEOUT:-300}" "$wine" "$@" >"$output" 2>&1 </dev/null || status=$?
+cat "$output"
+exit "$status"

@@ -8,18 +8,18 @@ set(showing_rooms ${rooms})
 list(REMOVE_ITEM showing_rooms torture companions)
 get_property(all_tests DIRECTORY PROPERTY TESTS)
 foreach(room ${showing_rooms})
-    if(room IN_LIST all_tests)
-        set_property(TEST ${room} APPEND PROPERTY
+    if(${tree}.${room} IN_LIST all_tests)
+        set_property(TEST ${tree}.${room} APPEND PROPERTY
                      ENVIRONMENT SETUP_TEST_LOG_TEXTS=${log_texts}/${room}.txt)
         # With the build's folder in its name: several builds may be tested in one run.
-        set_property(TEST ${room} APPEND PROPERTY FIXTURES_SETUP "log texts of ${CMAKE_BINARY_DIR}")
+        set_property(TEST ${tree}.${room} APPEND PROPERTY FIXTURES_SETUP "log texts of ${CMAKE_BINARY_DIR}")
     endif()
 endforeach()
 if(Python3_FOUND)
-    add_test(NAME log_coverage
+    add_test(NAME ${tree}.log_coverage
              COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/log_coverage.py
                      ${CMAKE_CURRENT_SOURCE_DIR}/../src ${log_texts}
                      ${CMAKE_CURRENT_SOURCE_DIR}/log_coverage_exceptions.txt)
-    set_tests_properties(log_coverage PROPERTIES
+    set_tests_properties(${tree}.log_coverage PROPERTIES
                          FIXTURES_REQUIRED "log texts of ${CMAKE_BINARY_DIR}")
 endif()

@@ -77,16 +77,21 @@ else()
     set(launcher ${CMAKE_CURRENT_SOURCE_DIR}/run_under_wine.sh ${CMAKE_BINARY_DIR}/wine-prefix)
 endif()
 
+# With the build folder's name in front: in one run over several build trees ctest gives the properties
+# of a test to all tests of that name.
+cmake_path(GET CMAKE_BINARY_DIR FILENAME tree)
 file(GLOB rooms LIST_DIRECTORIES true RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS
      ${CMAKE_CURRENT_SOURCE_DIR}/*)
 foreach(room ${rooms})
     file(GLOB room_sources ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
     if(room_sources AND NOT room IN_LIST not_rooms)
-        add_test(NAME ${room}
+        add_test(NAME ${tree}.${room}
                  COMMAND ${launcher} $<TARGET_FILE:setup_tests> --source-file=*tests/${room}/*
                          --no-intro=true)
-        set_tests_properties(${room} PROPERTIES TIMEOUT 600)
+        # Far more than a room takes: the machine may be busy with others.
+        set_tests_properties(${tree}.${room} PROPERTIES
+                             TIMEOUT 1200 ENVIRONMENT SETUP_TEST_TIMEOUT=1190)
     endif()
 endforeach()
 # Thousands of runs: started first, and given more time than the others.
-set_tests_properties(torture PROPERTIES COST 1000 ENVIRONMENT SETUP_TEST_TIMEOUT=590)
+set_tests_properties(${tree}.torture PROPERTIES COST 1000)

@@ -1,7 +1,7 @@
 # The program's own objects with their imports led to the simulated machine, linked with the tests.
 set(not_rooms machine support native bench)
 
-file(GLOB machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
+file(GLOB_RECURSE machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
 add_library(setup_machine STATIC ${machine_sources})
 setup_compile_options(setup_machine)
 target_include_directories(setup_machine PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/../src)
@@ -37,7 +37,7 @@ function(link_under_test target)
     target_link_libraries(${target} PRIVATE setup_machine setupapi)
 endfunction()
 
-file(GLOB test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*/*.cpp)
+file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
 # The program's log formats, for the tests that must know every line it writes.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -83,7 +83,7 @@ cmake_path(GET CMAKE_BINARY_DIR FILENAME tree)
 file(GLOB rooms LIST_DIRECTORIES true RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS
      ${CMAKE_CURRENT_SOURCE_DIR}/*)
 foreach(room ${rooms})
-    file(GLOB room_sources ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
+    file(GLOB_RECURSE room_sources ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
     if(room_sources AND NOT room IN_LIST not_rooms)
         add_test(NAME ${tree}.${room}
                  COMMAND ${launcher} $<TARGET_FILE:setup_tests> --source-file=*tests/${room}/*

@@ -2,7 +2,7 @@
 
 #include "common/limits.h"
 #include "common/run_state.h"
-#include "install/device_ids.h"
+#include "install/devices/device_ids.h"
 
 namespace {
 

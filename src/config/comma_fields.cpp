@@ -1,4 +1,4 @@
-#include "config/operation_variables.h"
+#include "config/comma_fields.h"
 
 std::size_t SplitByComma(std::wstring_view text, TextList& fields) {
     if (text.empty()) {

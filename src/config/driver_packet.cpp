@@ -2,6 +2,7 @@
 
 #include "common/limits.h"
 #include "common/paths.h"
+#include "config/packet_folder.h"
 #include "config/windows_generation.h"
 #include "platform/owners.h"
 

@@ -4,10 +4,6 @@
 
 #include "common/text.h"
 
-// The name of the packet's folder for a generation, with a final backslash: "WIN7\", "WIN10\", and
-// with the bitness for every other one ("VISTA64\", "WINXP64\", "64\" when it is unknown).
-std::wstring PacketFolderName(std::wstring_view osName, std::wstring_view bitness);
-
 // Full path of the packet's folder, ending in a backslash, at most 259 characters; empty when the
 // executable's own path is not known. Logs "GetDriverDir: Get system ...".
 std::wstring GetDriverDir();

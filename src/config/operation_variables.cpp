@@ -3,6 +3,7 @@
 #include "common/limits.h"
 #include "common/paths.h"
 #include "common/run_state.h"
+#include "config/comma_fields.h"
 #include "config/config_reader.h"
 
 #include <optional>

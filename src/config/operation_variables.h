@@ -10,11 +10,6 @@
 inline constexpr std::size_t FileOperFixedFields = 5;
 inline constexpr std::size_t RegeditFixedFields = 6;
 
-// Appends the comma-separated pieces of `text` to `fields` and returns how many entries `fields`
-// has then. A piece may be empty, but nothing is added for a comma at the very end. Empty text
-// appends nothing and returns 0.
-std::size_t SplitByComma(std::wstring_view text, TextList& fields);
-
 // Puts the expanded parameters of a file operation line into `parameters`. Variables: WINDOWS,
 // SYSTEM, CD, OSPARTION, OSDRIVER, else the key of that name in section USER_ENV_PARA. False when
 // the line is empty, has fewer fields than its fixed ones, or names a folder that the system does

@@ -1,4 +1,6 @@
-#include "config/driver_packet.h"
+#include "config/packet_folder.h"
+
+#include "common/text.h"
 
 std::wstring PacketFolderName(std::wstring_view osName, std::wstring_view bitness) {
     std::wstring name(osName);

@@ -1,7 +1,7 @@
 #include "operations/template_line.h"
 
 #include "common/limits.h"
-#include "config/operation_variables.h"
+#include "config/comma_fields.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "common/run_state.h"
 #include "config/config_reader.h"
-#include "install/device_tree.h"
+#include "install/devices/device_tree.h"
 #include "operations/registry_operations.h"
 #include "platform/platform.h"
 #include "setup/install.h"

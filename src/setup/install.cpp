@@ -2,9 +2,9 @@
 
 #include "cleanup/clean_system_env.h"
 #include "common/run_state.h"
-#include "install/device_tree.h"
-#include "install/pre_install.h"
-#include "install/update_install.h"
+#include "install/devices/device_tree.h"
+#include "install/direct/update_install.h"
+#include "install/staging/pre_install.h"
 #include "operations/file_operations.h"
 #include "operations/registry_operations.h"
 #include "system/serial_services.h"

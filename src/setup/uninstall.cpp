@@ -4,7 +4,7 @@
 #include "common/limits.h"
 #include "config/config_reader.h"
 #include "config/driver_packet.h"
-#include "install/composite_ids.h"
+#include "install/composite/composite_ids.h"
 #include "operations/file_operations.h"
 #include "operations/registry_operations.h"
 #include "setup/uninstall_devices.h"

@@ -1,7 +1,7 @@
 #include "setup/uninstall_devices.h"
 
 #include "common/limits.h"
-#include "install/device_ids.h"
+#include "install/devices/device_ids.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "common/run_state.h"
 #include "config/config_reader.h"
-#include "install/shift_device.h"
+#include "install/mode_switch/shift_device.h"
 #include "operations/file_operations.h"
 #include "operations/registry_operations.h"
 #include "setup/uninstall.h"

@@ -1,4 +1,4 @@
-#include "config/operation_variables.h"
+#include "config/comma_fields.h"
 
 #include "native/random_text.h"
 #include "support/doctest_support.h"

@@ -1,4 +1,4 @@
-#include "install/device_ids.h"
+#include "install/devices/device_ids.h"
 
 #include "native/random_text.h"
 #include "support/doctest_support.h"

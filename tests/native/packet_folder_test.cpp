@@ -1,4 +1,4 @@
-#include "config/driver_packet.h"
+#include "config/packet_folder.h"
 
 #include "native/random_text.h"
 #include "support/doctest_support.h"

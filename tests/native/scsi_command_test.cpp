@@ -1,4 +1,4 @@
-#include "install/scsi_command.h"
+#include "install/mode_switch/scsi_command.h"
 
 #include "native/random_text.h"
 #include "support/doctest_support.h"

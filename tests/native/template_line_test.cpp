@@ -1,6 +1,6 @@
 #include "operations/template_line.h"
 
-#include "config/operation_variables.h"
+#include "config/comma_fields.h"
 #include "native/random_text.h"
 #include "support/doctest_support.h"
 

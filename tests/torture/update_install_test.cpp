@@ -1,5 +1,5 @@
 // The direct installation with every call failing once.
-#include "install/update_install.h"
+#include "install/direct/update_install.h"
 
 #include "common/run_state.h"
 #include "support/doctest_support.h"

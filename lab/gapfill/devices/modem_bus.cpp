@@ -1,0 +1,51 @@
+#include "devices/modem_bus.h"
+
+#include "devices/nodes.h"
+#include "modem/control_codes.h"
+
+namespace {
+
+constexpr DWORD kPollInterval = 10;
+constexpr int kPolls = 1000; // ten seconds
+
+bool Send(DWORD code, const void* in, DWORD inSize, void* out, DWORD outSize) {
+    const HANDLE device =
+        CreateFileW(L"\\\\.\\VModemCtl", GENERIC_READ | GENERIC_WRITE,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (device == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    DWORD written = 0;
+    const BOOL sent = DeviceIoControl(device, code, const_cast<void*>(in), inSize, out, outSize,
+                                      &written, nullptr);
+    CloseHandle(device);
+    return sent != FALSE;
+}
+
+} // namespace
+
+bool BusIsWorking() {
+    const ULONG firstModem = 0; // `scanning` is the same for every modem
+    ModemState state = {};
+    return Send(MODEM_CONTROL_STATE, &firstModem, sizeof(firstModem), &state, sizeof(state)) &&
+           state.scanning != 0;
+}
+
+void ScanBus() {
+    if (!Send(MODEM_CONTROL_RESCAN, nullptr, 0, nullptr, 0)) {
+        return;
+    }
+    for (int i = 0; i < kPolls && BusIsWorking(); ++i) {
+        Sleep(kPollInterval);
+    }
+}
+
+void TakeNodeOffBus(const std::wstring& instanceId) {
+    const auto size = static_cast<DWORD>((instanceId.size() + 1) * sizeof(wchar_t));
+    if (!Send(MODEM_CONTROL_REMOVE, instanceId.c_str(), size, nullptr, 0)) {
+        return;
+    }
+    for (int i = 0; i < kPolls && NodeIsPresent(instanceId); ++i) {
+        Sleep(kPollInterval);
+    }
+}

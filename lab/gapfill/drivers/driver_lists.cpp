@@ -1,0 +1,163 @@
+// Lists of drivers that fit a device or belong to a class.
+#include "drivers/driver_lists.h"
+
+#include "drivers/inf_file.h"
+#include "journal.h"
+#include "originals.h"
+#include "replacements.h"
+#include "wine_version.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cwchar>
+#include <iterator>
+#include <map>
+
+namespace {
+
+using Key = std::pair<HDEVINFO, DWORD>;
+std::map<Key, std::vector<ClassDriver>> lists;
+
+Key KeyOf(HDEVINFO set, const SP_DEVINFO_DATA* device) {
+    return {set, device == nullptr ? ~DWORD{0} : device->DevInst};
+}
+
+template <std::size_t size>
+void CopyText(wchar_t (&to)[size], const std::wstring& text) {
+    const std::size_t length = std::min(text.size(), size - 1);
+    std::wmemcpy(to, text.data(), length);
+    to[length] = L'\0';
+}
+
+std::vector<ClassDriver> DriversIn(const std::wstring& infPath) {
+    std::vector<ClassDriver> drivers;
+    const InfFile inf(infPath);
+    if (!inf.IsOpen()) {
+        return drivers;
+    }
+    const std::wstring provider = inf.Value(L"Version", L"Provider");
+    for (const Model& model : ModelsOf(inf)) {
+        drivers.push_back({infPath, provider, model.manufacturer, model.description,
+                           model.installSection, model.hardwareId});
+    }
+    return drivers;
+}
+
+// `Reserved` is the system's to use; here it holds the place in the list, counted from one.
+void FillEntry(const ClassDriver& driver, DWORD index, PSP_DRVINFO_DATA_W entry) {
+    entry->DriverType = SPDIT_CLASSDRIVER;
+    entry->Reserved = index + 1;
+    CopyText(entry->Description, driver.description);
+    CopyText(entry->MfgName, driver.manufacturer);
+    CopyText(entry->ProviderName, driver.provider);
+}
+
+// The two zeros behind the hardware id end it and the empty list of compatible ids.
+DWORD DetailSize(const ClassDriver& driver) {
+    return static_cast<DWORD>(offsetof(SP_DRVINFO_DETAIL_DATA_W, HardwareID) +
+                              (driver.hardwareId.size() + 2) * sizeof(wchar_t));
+}
+
+BOOL FillDetail(const ClassDriver& driver, PSP_DRVINFO_DETAIL_DATA_W detail, DWORD size,
+                PDWORD needed) {
+    const DWORD wanted = std::max<DWORD>(DetailSize(driver), sizeof(*detail));
+    if (needed != nullptr) {
+        *needed = wanted;
+    }
+    if (detail == nullptr || size < wanted) {
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    if (detail->cbSize != sizeof(*detail)) {
+        return Fail(ERROR_INVALID_USER_BUFFER);
+    }
+    detail->InfDate = {};
+    detail->CompatIDsOffset = 0;
+    detail->CompatIDsLength = 0;
+    CopyText(detail->SectionName, driver.installSection);
+    CopyText(detail->InfFileName, driver.infPath);
+    CopyText(detail->DrvDescription, driver.description);
+    std::wmemcpy(detail->HardwareID, driver.hardwareId.c_str(), driver.hardwareId.size() + 1);
+    return TRUE;
+}
+
+} // namespace
+
+const ClassDriver* FindClassDriver(HDEVINFO set, const SP_DEVINFO_DATA* device,
+                                   const SP_DRVINFO_DATA_W* entry) {
+    const auto list = lists.find(KeyOf(set, device));
+    if (entry == nullptr || entry->DriverType != SPDIT_CLASSDRIVER || list == lists.end() ||
+        entry->Reserved == 0 || entry->Reserved > list->second.size()) {
+        return nullptr;
+    }
+    return &list->second[entry->Reserved - 1];
+}
+
+void ForgetDriverLists(HDEVINFO set) {
+    std::erase_if(lists, [set](const auto& entry) { return entry.first.first == set; });
+}
+
+// Windows: a class driver list holds every driver of the class, or with DI_ENUMSINGLEINF every
+// driver of the INF in DriverPath. Wine 8: knows lists of compatible drivers only. Of the class
+// lists only those of a single INF are filled in.
+BOOL WINAPI FilledBuildDriverInfoList(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type) {
+    Enter("SetupDiBuildDriverInfoList", std::to_wstring(type));
+    if (type != SPDIT_CLASSDRIVER) {
+        return SETUPAPI(SetupDiBuildDriverInfoList)(set, device, type);
+    }
+    SP_DEVINSTALL_PARAMS_W params = {};
+    params.cbSize = sizeof(params);
+    if (!SETUPAPI(SetupDiGetDeviceInstallParamsW)(set, device, &params)) {
+        return FALSE;
+    }
+    lists[KeyOf(set, device)] = DriversIn(params.DriverPath);
+    return TRUE;
+}
+
+// The same gap: entries of class driver lists.
+BOOL WINAPI FilledEnumDriverInfo(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type, DWORD index,
+                                 PSP_DRVINFO_DATA_W driver) {
+    if (type != SPDIT_CLASSDRIVER) {
+        return SETUPAPI(SetupDiEnumDriverInfoW)(set, device, type, index, driver);
+    }
+    Enter("SetupDiEnumDriverInfoW", std::to_wstring(index));
+    const auto list = lists.find(KeyOf(set, device));
+    if (list == lists.end() || index >= list->second.size()) {
+        return Fail(ERROR_NO_MORE_ITEMS);
+    }
+    FillEntry(list->second[index], index, driver);
+    return TRUE;
+}
+
+// Windows: asked for the size, with no buffer, it fails with ERROR_INSUFFICIENT_BUFFER. Wine 8:
+// TRUE.
+BOOL WINAPI FilledGetDriverInfoDetail(HDEVINFO set, PSP_DEVINFO_DATA device,
+                                      PSP_DRVINFO_DATA_W driver, PSP_DRVINFO_DETAIL_DATA_W detail,
+                                      DWORD size, PDWORD needed) {
+    Enter("SetupDiGetDriverInfoDetailW", detail == nullptr ? L"size" : L"");
+    if (const ClassDriver* const found = FindClassDriver(set, device, driver)) {
+        return FillDetail(*found, detail, size, needed);
+    }
+    const BOOL result =
+        SETUPAPI(SetupDiGetDriverInfoDetailW)(set, device, driver, detail, size, needed);
+    if (detail != nullptr) {
+        return result;
+    }
+    if (!result) {
+        NoteNoLongerNeeded("SetupDiGetDriverInfoDetailW");
+        return FALSE;
+    }
+    return Fail(ERROR_INSUFFICIENT_BUFFER);
+}
+
+// Windows: TRUE. Wine 8: FALSE, always; its lists live as long as their set.
+BOOL WINAPI FilledDestroyDriverInfoList(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type) {
+    Enter("SetupDiDestroyDriverInfoList", std::to_wstring(type));
+    if (type == SPDIT_CLASSDRIVER) {
+        lists.erase(KeyOf(set, device));
+        return TRUE;
+    }
+    if (SETUPAPI(SetupDiDestroyDriverInfoList)(set, device, type)) {
+        NoteNoLongerNeeded("SetupDiDestroyDriverInfoList");
+    }
+    return TRUE;
+}

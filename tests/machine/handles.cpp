@@ -77,7 +77,7 @@ int HandleTable::Count(Kind kind) const {
 std::string HandleTable::Summary() const {
     std::string text;
     for (const Kind kind : Kinds) {
-        if (const int count = Count(kind); count != 0) {
+        if (const int count = Count(kind); count != 0 && kind != Kind::Library) {
             text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + NameOf(kind);
         }
     }

@@ -45,6 +45,7 @@ public:
     // "set1", "closed set1", "null", "invalid" or the number itself.
     [[nodiscard]] std::string Name(const void* handle) const;
     [[nodiscard]] int Count(Kind kind) const;
+    // By kind; without libraries, which stay loaded.
     [[nodiscard]] std::string Summary() const;
     [[nodiscard]] const std::map<std::uintptr_t, OpenHandle>& All() const { return open_; }
 

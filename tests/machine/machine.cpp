@@ -91,6 +91,9 @@ void Machine::SetWindowsFolder(const std::wstring& path) {
     state_->WindowsFolder = path;
     MakeFolders(*state_, path + L"\\INF");
 }
+UINT Machine::ErrorMode() const {
+    return state_->ErrorMode;
+}
 
 void Machine::WriteIni(std::wstring_view text) {
     WriteText(ExecutableFolder(*state_) + L"Setup.ini", text);
@@ -342,6 +345,10 @@ int Machine::Open(std::string_view kind) const {
 }
 const Lines& Machine::Misuses() const {
     return state_->Record.Misuses;
+}
+
+std::wstring SystemFolder(const State& state) {
+    return state.WindowsFolder + L"\\System32";
 }
 
 Node* FindNode(State& state, std::wstring_view instanceId) {

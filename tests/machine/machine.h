@@ -59,6 +59,11 @@ public:
     void SetWindowsVersion(std::optional<std::wstring> version);
     void SetArchitecture(WORD architecture);
     void SetWindowsFolder(const std::wstring& path);
+    // What the program last told SetErrorMode; 0 at first.
+    [[nodiscard]] UINT ErrorMode() const;
+    // Full paths of the libraries that the program has loaded, in order. By a name alone, the one
+    // beside the executable wins over the system's.
+    [[nodiscard]] WideTexts LoadedLibraries() const;
 
     // --- files (on simulated drives; "D:\\Packet\\a.txt") ----------------------------------------
     // Setup.ini, Lang.ini beside the executable, as UTF-16 with a byte order mark.
@@ -213,8 +218,8 @@ public:
     void SetStepBudget(std::int64_t calls, std::chrono::hours virtualTime);
 
     // --- what is left over ----------------------------------------------------------------------
-    // Handles still open by kind, as "2 set, 1 inf"; empty when nothing is. Libraries that are
-    // meant to stay loaded are counted too ("1 library").
+    // Handles still open by kind, as "2 set, 1 inf"; empty when nothing is. Loaded libraries do not
+    // count: the program keeps them until its process ends.
     [[nodiscard]] std::string LeakSummary() const;
     // By kind: "set", "inf", "library", "find", "file", "device", "semaphore", "thread", "key",
     // "service", "manager".

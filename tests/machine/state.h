@@ -71,6 +71,7 @@ struct State {
     std::wstring WindowsFolder = L"C:\\Windows";
     std::optional<std::wstring> Version = L"6.1.7601.17514";
     WORD Architecture = PROCESSOR_ARCHITECTURE_AMD64;
+    UINT ErrorMode = 0;
 
     std::wstring Sandbox;      // real folder, without a final backslash
     std::wstring RegistryRoot; // below HKEY_CURRENT_USER
@@ -95,6 +96,8 @@ struct State {
 // The state of the living machine, or null: the program's static objects outlive every machine.
 State* Inside();
 
+// "C:\\Windows\\System32".
+std::wstring SystemFolder(const State& state);
 Node* FindNode(State& state, std::wstring_view instanceId);
 void Misuse(State& state, const std::string& text);
 

@@ -1,5 +1,6 @@
 // What the program reads its settings from: the kernel file's version resource and profile files.
 #include "machine/call.h"
+#include "machine/library_functions.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -96,6 +97,13 @@ UINT WINAPI HookGetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, INT otherwis
 }
 
 } // namespace
+
+FARPROC machine::FindVersionFunction(std::string_view name) {
+    if (name == "GetFileVersionInfoW") {
+        return AddressOf(&HookGetFileVersionInfoW);
+    }
+    return name == "VerQueryValueW" ? AddressOf(&HookVerQueryValueW) : nullptr;
+}
 
 MACHINE_HOOK(GetFileVersionInfoW, HookGetFileVersionInfoW);
 MACHINE_HOOK(VerQueryValueW, HookVerQueryValueW);

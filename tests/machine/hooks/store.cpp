@@ -2,6 +2,7 @@
 // device tree.
 #include "machine/device_sets.h"
 #include "machine/inf_text.h"
+#include "machine/library_functions.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -236,19 +237,15 @@ DWORD WINAPI HookWaitNoPendingInstallEvents(DWORD timeout) {
 
 } // namespace
 
-FARPROC FindLibraryFunction(std::wstring_view library, std::string_view name);
-FARPROC FindLibraryFunction(std::wstring_view library, std::string_view name) {
-    const auto address = [](auto function) {
-        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
-    };
+FARPROC FindInstallFunction(std::wstring_view library, std::string_view name) {
     if (library == L"newdev" && name == "UpdateDriverForPlugAndPlayDevicesW") {
-        return address(&HookUpdateDriver);
+        return AddressOf(&HookUpdateDriver);
     }
     if (library == L"newdev" && name == "InstallSelectedDriver") {
-        return address(&HookInstallSelectedDriver);
+        return AddressOf(&HookInstallSelectedDriver);
     }
     if (library == L"setupapi" && name == "SetupUninstallOEMInfW") {
-        return address(&HookSetupUninstallOEMInfW);
+        return AddressOf(&HookSetupUninstallOEMInfW);
     }
     return nullptr;
 }

@@ -1,13 +1,8 @@
-// Clock, processor, modules, processes.
+// Clock, processor, the system's folders, processes.
 #include "machine/call.h"
 
 #include <algorithm>
-#include <cstdarg>
-
-namespace machine {
-// newdev.dll's and setupapi.dll's entry points that are found by name.
-FARPROC FindLibraryFunction(std::wstring_view library, std::string_view name);
-} // namespace machine
+#include <utility>
 
 namespace {
 
@@ -45,91 +40,28 @@ void WINAPI HookGetSystemInfo(LPSYSTEM_INFO info) {
         call.Fails() ? WORD{PROCESSOR_ARCHITECTURE_AMD64} : call.Inside().Architecture;
 }
 
-UINT WINAPI HookGetWindowsDirectoryW(LPWSTR buffer, UINT size) {
-    Call call("GetWindowsDirectoryW", Counting::Setting, {size}, Telling::Aside);
-    if (call.Fails()) {
-        return 0;
-    }
-    const std::wstring& folder = call.Inside().WindowsFolder;
-    if (size <= folder.size()) {
+// What both functions that tell a folder do with the caller's buffer.
+UINT PutFolder(const std::wstring& folder, LPWSTR buffer, UINT size) {
+    if (buffer == nullptr || size <= folder.size()) {
         return static_cast<UINT>(folder.size() + 1);
     }
     std::copy_n(folder.c_str(), folder.size() + 1, buffer);
     return static_cast<UINT>(folder.size());
 }
 
-DWORD WINAPI HookGetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
-    Call call("GetModuleFileNameW", Counting::Setting, {Named(module), size}, Telling::Aside);
-    if (call.Fails()) {
-        return 0;
-    }
-    const std::wstring& path = call.Inside().Executable;
-    if (size > path.size()) {
-        std::copy_n(path.c_str(), path.size() + 1, buffer);
-        return static_cast<DWORD>(path.size());
-    }
-    // Windows XP leaves a cut path without its terminator; later ones put it.
-    std::copy_n(path.c_str(), size, buffer);
-    buffer[size - 1] = L'\0';
-    return call.Fail(size, ERROR_INSUFFICIENT_BUFFER);
+UINT WINAPI HookGetWindowsDirectoryW(LPWSTR buffer, UINT size) {
+    Call call("GetWindowsDirectoryW", Counting::Setting, {size}, Telling::Aside);
+    return call.Fails() ? 0 : PutFolder(call.Inside().WindowsFolder, buffer, size);
 }
 
-HMODULE WINAPI HookGetModuleHandleW(LPCWSTR name) {
-    Call call("GetModuleHandleW", Counting::Always, {name});
-    if (call.Fails()) {
-        return nullptr;
-    }
-    if (name == nullptr) {
-        return GetModuleHandleW(nullptr);
-    }
-    if (SameText(name, L"SETUPAPI.DLL") || SameText(name, L"SETUPAPI")) {
-        // Not counted as loaded: the program is linked to it.
-        return GetModuleHandleW(L"SETUPAPI.DLL");
-    }
-    return call.Fail(HMODULE{nullptr}, ERROR_MOD_NOT_FOUND);
+UINT WINAPI HookGetSystemDirectoryW(LPWSTR buffer, UINT size) {
+    Call call("GetSystemDirectoryW", Counting::Setting, {size}, Telling::Aside);
+    return call.Fails() ? 0 : PutFolder(SystemFolder(call.Inside()), buffer, size);
 }
 
-HMODULE WINAPI HookLoadLibraryW(LPCWSTR name) {
-    Call call("LoadLibraryW", Counting::Always, {name});
-    if (call.Fails()) {
-        return nullptr;
-    }
-    if (!SameText(FileName(name), L"NewDev.dll")) {
-        return call.Fail(HMODULE{nullptr}, ERROR_MOD_NOT_FOUND);
-    }
-    return static_cast<HMODULE>(call.Inside().Handles.Open(Kind::Library, nullptr));
-}
-
-FARPROC WINAPI HookGetProcAddress(HMODULE module, LPCSTR name) {
-    Call call("GetProcAddress", Counting::Always, {Named(module), name});
-    if (call.Fails()) {
-        return nullptr;
-    }
-    FARPROC function = nullptr;
-    if (call.Inside().Handles.Find(module, Kind::Library) != nullptr) {
-        function = FindLibraryFunction(L"newdev", name);
-    } else if (module != nullptr && module == GetModuleHandleW(L"SETUPAPI.DLL")) {
-        function = FindLibraryFunction(L"setupapi", name);
-    } else {
-        Misuse(call.Inside(), "GetProcAddress on " + call.Inside().Handles.Name(module));
-    }
-    return function != nullptr ? function : call.Fail(function, ERROR_PROC_NOT_FOUND);
-}
-
-BOOL WINAPI HookFreeLibrary(HMODULE module) {
-    if (Machine::Current() == nullptr) {
-        return FreeLibrary(module);
-    }
-    Call call("FreeLibrary", Counting::Never, {Named(module)}, Telling::Aside);
-    if (call.Fails()) {
-        return TRUE;
-    }
-    if (call.Inside().Handles.Find(module, Kind::Library) == nullptr) {
-        Misuse(call.Inside(), "FreeLibrary on " + call.Inside().Handles.Name(module));
-        return call.Fail(FALSE, ERROR_INVALID_HANDLE);
-    }
-    call.Inside().Handles.Close(module);
-    return TRUE;
+UINT WINAPI HookSetErrorMode(UINT mode) {
+    Call call("SetErrorMode", Counting::Never, {Hex(mode)}, Telling::Aside);
+    return call.Fails() ? 0 : std::exchange(call.Inside().ErrorMode, mode);
 }
 
 BOOL WINAPI HookTerminateProcess(HANDLE process, UINT status) {
@@ -147,9 +79,6 @@ MACHINE_HOOK(GetSystemTimeAsFileTime, HookGetSystemTimeAsFileTime);
 MACHINE_HOOK(GetTickCount, HookGetTickCount);
 MACHINE_HOOK(GetSystemInfo, HookGetSystemInfo);
 MACHINE_HOOK(GetWindowsDirectoryW, HookGetWindowsDirectoryW);
-MACHINE_HOOK(GetModuleFileNameW, HookGetModuleFileNameW);
-MACHINE_HOOK(GetModuleHandleW, HookGetModuleHandleW);
-MACHINE_HOOK(LoadLibraryW, HookLoadLibraryW);
-MACHINE_HOOK(GetProcAddress, HookGetProcAddress);
-MACHINE_HOOK(FreeLibrary, HookFreeLibrary);
+MACHINE_HOOK(GetSystemDirectoryW, HookGetSystemDirectoryW);
+MACHINE_HOOK(SetErrorMode, HookSetErrorMode);
 MACHINE_HOOK(TerminateProcess, HookTerminateProcess);

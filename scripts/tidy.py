@@ -38,8 +38,8 @@ def arguments():
         result += ["-isystem", folder]
     for folder in INCLUDE_FOLDERS:
         result.append(f"-I{folder}")
-    for name in ("UNICODE", "_UNICODE", "WIN32_LEAN_AND_MEAN", "NOMINMAX", "WINVER=0x0502",
-                 "_WIN32_WINNT=0x0502"):
+    for name in ("UNICODE", "_UNICODE", "WIN32_LEAN_AND_MEAN", "NOMINMAX", "WINVER=0x0600",
+                 "_WIN32_WINNT=0x0600"):
         result.append(f"-D{name}")
     return result
 

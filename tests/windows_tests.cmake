@@ -95,3 +95,11 @@ foreach(room ${rooms})
 endforeach()
 # Thousands of runs: started first, and given more time than the others.
 set_tests_properties(${tree}.torture PROPERTIES COST 1000)
+
+# What ships must load on the oldest system. The other builds bring imports of their tools.
+if(NOT SETUP_CHECKS AND NOT SETUP_COVERAGE)
+    add_test(NAME ${tree}.imports
+             COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/imports/check_imports.py
+                     ${CMAKE_OBJDUMP} ${CMAKE_CURRENT_SOURCE_DIR}/imports/windows_xp_x64.txt
+                     $<TARGET_FILE:Setup> $<TARGET_FILE:Quenlor64> $<TARGET_FILE:Vantrel64>)
+endif()

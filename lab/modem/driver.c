@@ -73,6 +73,8 @@ NTSTATUS NTAPI DriverEntry(DRIVER_OBJECT* driver, UNICODE_STRING* registryPath) 
     driver->MajorFunction[IRP_MJ_DEVICE_CONTROL] = OnDeviceControl;
     driver->MajorFunction[IRP_MJ_PNP] = OnPlugAndPlay;
 
-    status = CreateControlDevice(driver);
-    return NT_SUCCESS(status) ? StartTimeline() : status;
+    /* The control device comes last: whoever can open it must not take modems that have not begun
+     * for modems that are settled. */
+    status = StartTimeline();
+    return NT_SUCCESS(status) ? CreateControlDevice(driver) : status;
 }

@@ -20,6 +20,8 @@ constexpr const char* kUsage =
     "modemctl reload                      reads the description in the registry again\n";
 
 constexpr DWORD kPollInterval = 20;
+constexpr DWORD kNotDescribed = ERROR_FILE_NOT_FOUND; // the driver knows no modem of that number
+constexpr int kDriverPolls = 1500; // thirty seconds: a busy host starts the drivers late
 
 class ControlDevice {
 public:
@@ -105,10 +107,14 @@ int Show(const ControlDevice& device) {
     return 0;
 }
 
+bool IsSettled(const ControlDevice& device, ULONG modem) {
+    ModemState state = {};
+    return device.State(modem, state) ? state.settled != 0 : GetLastError() == kNotDescribed;
+}
+
 bool AllSettled(const ControlDevice& device) {
     for (ULONG i = 0; i < MODEM_LIMIT; ++i) {
-        ModemState state = {};
-        if (device.State(i, state) && state.settled == 0) {
+        if (!IsSettled(device, i)) {
             return false;
         }
     }
@@ -139,7 +145,7 @@ int Remove(const ControlDevice& device, std::wstring instanceId) {
 
 // The driver is started with the session; the very first program may be quicker.
 bool DriverIsThere() {
-    for (int tries = 0; tries < 250; ++tries) {
+    for (int tries = 0; tries < kDriverPolls; ++tries) {
         if (ControlDevice().IsOpen()) {
             return true;
         }

@@ -5,6 +5,7 @@ nothing but a version resource, and is told that this program shall see it inste
 """
 
 import os
+import pathlib
 import subprocess
 import threading
 
@@ -44,14 +45,15 @@ _OVERRIDE = """
 """
 
 
-def _kernel_file(version):
+def _kernel_file(version: str) -> pathlib.Path:
     """The kernel file for a version; made once. It needs some code to be a valid image."""
     folder = layout.WORK / "generations" / version
     kernel = folder / "ntoskrnl.exe"
     if kernel.exists():
         return kernel
     folder.mkdir(parents=True, exist_ok=True)
-    resource, code, made = folder / "version.rc", folder / "entry.c", folder / f"made-{os.getpid()}-{threading.get_ident()}.exe"
+    resource, code = folder / "version.rc", folder / "entry.c"
+    made = folder / f"made-{os.getpid()}-{threading.get_ident()}.exe"
     resource.write_text(_RESOURCE.format(commas=version.replace(".", ","), dots=version), "ascii")
     code.write_text("int entry(void);\nint entry(void) {\n    return 0;\n}\n", "ascii")
     subprocess.run(["x86_64-w64-mingw32-windres", str(resource), "-O", "coff", "-o",
@@ -62,11 +64,12 @@ def _kernel_file(version):
     return kernel
 
 
-def packet_folder(generation):
+def packet_folder(generation: str) -> str:
+    """The folder of a packet that the program uses on that generation."""
     return GENERATIONS[generation][1]
 
 
-def become(prefix, generation):
+def become(prefix: pathlib.Path, generation: str) -> None:
     """Makes a machine that is off report the generation."""
     if generation not in GENERATIONS:
         raise layout.LabError(f"no generation {generation}; known: {', '.join(GENERATIONS)}")

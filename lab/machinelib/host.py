@@ -1,12 +1,14 @@
-"""Host processes: Wine's server and programs, and an X server for the runs that show a window."""
+"""Host processes: Wine's server and programs, and being told to stop."""
 
-import dataclasses
 import os
 import pathlib
 import signal
 import subprocess
+import sys
+import tempfile
 import threading
 import time
+from collections.abc import Callable, Sequence
 
 from . import layout
 
@@ -14,7 +16,8 @@ from . import layout
 _OVERRIDES = "mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe=d"
 
 
-def environment(prefix, display=None, extra=None):
+def environment(prefix: pathlib.Path, display: str | None = None,
+                extra: dict[str, str] | None = None) -> dict[str, str]:
     """What a program of the machine is started with. The host's own display and home folder stay
     out of it."""
     result = {name: value for name, value in os.environ.items()
@@ -27,93 +30,85 @@ def environment(prefix, display=None, extra=None):
     return result
 
 
-def bound_by_permissions(prefix):
+def bound_by_permissions(prefix: pathlib.Path) -> None:
     """From now on the machine's processes cannot write where permissions forbid it, even when the
     lab runs as root, whom they would not stop."""
     (prefix.parent / "bound").touch()
 
 
-def command(prefix, program, *arguments):
+def command(prefix: pathlib.Path, program: str, *arguments: str) -> list[str]:
     """The host command that starts a program of a machine."""
     bound = os.geteuid() == 0 and (prefix.parent / "bound").exists()
     return [*(["setpriv", "--bounding-set=-dac_override"] if bound else []), program, *arguments]
 
 
-def server(prefix, argument, timeout=30):
-    subprocess.run(command(prefix, layout.WINE_SERVER, argument), env=environment(prefix), timeout=timeout,
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+def server(prefix: pathlib.Path, argument: str, timeout: float = 30) -> None:
+    """Tells the machine's server to start (-p), to end (-k), or waits for its end (-w)."""
+    arguments = command(prefix, layout.WINE_SERVER, argument)
+    try:
+        done = subprocess.run(arguments, env=environment(prefix), timeout=timeout, check=False,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    except subprocess.TimeoutExpired:
+        raise layout.LabError(f"wineserver {argument} took more than {timeout} s") from None
+    # There may be no server to end; a server that is to start must start.
+    if done.returncode and argument == "-p":
+        raise layout.LabError(f"wineserver {argument} failed, exit code {done.returncode}")
 
 
-def end_session(prefix):
+def end_session(prefix: pathlib.Path) -> None:
     """Ends every program of the machine and waits until its registry is written."""
     server(prefix, "-k")
     server(prefix, "-w")
 
 
-def capture(prefix, arguments, timeout, display=None, extra=None):
-    """Runs one of Wine's own tools to its end and returns what it printed."""
-    done = subprocess.run(command(prefix, layout.WINE, *arguments), env=environment(prefix, display, extra),
-                          timeout=timeout, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                          stderr=subprocess.DEVNULL, check=False)
-    return done.stdout.decode("utf-8", errors="replace")
-
-
-@dataclasses.dataclass(frozen=True)
-class Screen:
-    """An X server of a machine's own, so that a run neither needs nor touches the display of the
-    host. It lives on between the commands of a person, so it is known by its process id."""
-    display: str
-    process: int
-
-    @classmethod
-    def start(cls, size="1024x768x24"):
-        read_end, write_end = os.pipe()
-        with open(os.devnull, "r+b") as nothing:
-            process = subprocess.Popen(
-                ["Xvfb", "-displayfd", str(write_end), "-screen", "0", size, "-nolisten", "tcp"],
-                pass_fds=[write_end], stdin=nothing, stdout=nothing, stderr=nothing,
-                start_new_session=True)
-        os.close(write_end)
-        with os.fdopen(read_end) as answer:
-            number = answer.readline().strip()
-        if not number:
-            process.wait()
-            raise layout.LabError("no X server could be started (Xvfb)")
-        return cls(":" + number, process.pid)
-
-    def shoot(self, path):
-        """Writes the whole screen to a .png file; true when that worked."""
-        done = subprocess.run(["import", "-display", self.display, "-window", "root", str(path)],
-                              timeout=30, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                              check=False)
-        return done.returncode == 0 and path.exists()
-
-    def end(self):
-        command = pathlib.Path(f"/proc/{self.process}/comm")
-        # A number that meanwhile means another process is left alone.
-        if not command.exists() or command.read_text().strip() != "Xvfb":
-            return
-        os.kill(self.process, signal.SIGTERM)
+def _attempt(arguments: Sequence[str], env: dict[str, str], timeout: float) -> tuple[str, str]:
+    """(what went wrong or nothing, what was printed). The output goes into files: the first program
+    of a session starts Wine's services, which would hold a pipe open for as long as they live."""
+    with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
         try:
-            os.waitpid(self.process, 0)
-        except ChildProcessError:
-            pass
+            done = subprocess.run(arguments, env=env, timeout=timeout, stdin=subprocess.DEVNULL,
+                                  stdout=output, stderr=errors, check=False)
+            fault = f"exit code {done.returncode}" if done.returncode else ""
+        except subprocess.TimeoutExpired:
+            fault = f"more than {timeout} s"
+        texts = []
+        for file in (output, errors):
+            file.seek(0)
+            texts.append(file.read().decode("utf-8", errors="replace"))
+    return fault, texts[0] if not fault else "".join(texts).strip()
+
+
+def capture(prefix: pathlib.Path, arguments: Sequence[str], timeout: float,
+            display: str | None = None, extra: dict[str, str] | None = None) -> str:
+    """Runs one of Wine's tools to its end and returns what it printed. A tool that fails is run
+    once more, and a second failure is a LabError with what it said: an empty answer is never taken
+    for one."""
+    whole = command(prefix, layout.WINE, *arguments)
+    env = environment(prefix, display, extra)
+    told = " ".join(arguments)
+    fault, text = _attempt(whole, env, timeout)
+    if fault:
+        print(f"lab: {told}: {fault}, tried again: {text}", file=sys.stderr, flush=True)
+        fault, text = _attempt(whole, env, timeout)
+    if fault:
+        raise layout.LabError(f"{told} failed twice: {fault}: {text or 'nothing was printed'}")
+    return text
 
 
 # Set once the lab is told to stop; threads that run machines look at it.
 interrupted = threading.Event()
 
 
-def stop_as_interrupt():
+def stop_as_interrupt() -> None:
     """Makes every signal to stop unwind like Ctrl-C, in all threads, so that machines are ended."""
-    def unwind(*_):
+    def unwind(*_) -> None:
         interrupted.set()
         raise KeyboardInterrupt
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, unwind)
 
 
-def wait_until(condition, seconds, step=0.05):
+def wait_until(condition: Callable[[], object], seconds: float, step: float = 0.05) -> object:
     """Waits for a condition; its last value."""
     deadline = time.monotonic() + seconds
     while not (value := condition()) and time.monotonic() < deadline:

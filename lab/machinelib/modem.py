@@ -2,10 +2,12 @@
 
 import pathlib
 import shutil
+from collections.abc import Iterable
 
 import modem_description
 
 from . import layout, nodes
+from .machine import Machine
 
 JOURNAL = "C:\\vmodem.log"
 _DRIVER = layout.BUILD / "lab" / "vmodem.sys"
@@ -16,49 +18,50 @@ PLAIN_MODEM = tuple(f"USB\\VID_3A9D&PID_9001{part}\\0123456789{tail}" for part, 
     ("", ""), ("&MI_00", "&0"), ("&MI_01", "&1"), ("&MI_02", "&2")))
 
 
-def plug(machine, description):
-    """Plugs the modems that a description tells of: a file, or the name of one in lab/packets.
-    They show when the machine is next on."""
+def described(description: str | pathlib.Path) -> modem_description.Description:
+    """What a description says: a file, or the name of one in lab/packets."""
     path = pathlib.Path(description)
-    if not path.exists():
+    if not path.is_file():
         path = layout.LAB / "packets" / f"{description}.modem"
     try:
-        reg_text = modem_description.load(path).reg_text()
+        return modem_description.load(path)
     except modem_description.DescriptionError as error:
         raise layout.LabError(str(error)) from error
+
+
+def plug(machine: Machine, description: str | pathlib.Path) -> None:
+    """Plugs the modems of a description. They show when the machine is next on."""
+    reg_text = described(description).reg_text()
     if not _DRIVER.exists() or not _CONTROL.exists():
         raise layout.LabError(f"the virtual modem is not built: {_DRIVER}")
     shutil.copy2(_DRIVER, machine.prefix / layout.DRIVERS)
-    (machine.prefix / "drive_c" / "lab").mkdir(exist_ok=True)
     shutil.copy2(_CONTROL, machine.prefix / "drive_c" / "lab")
     machine.seed(reg_text)
 
 
-def control(machine, *arguments):
+def control(machine: Machine, *arguments: str) -> str:
     """Steers the modems of a machine that is on; see modemctl.exe."""
     return machine.tool("C:\\lab\\modemctl.exe", *arguments)
 
 
-def plug_plain(machine, instance_ids=PLAIN_MODEM):
+def plug_plain(machine: Machine, instance_ids: Iterable[str] = PLAIN_MODEM) -> None:
     """Seeds plain nodes with a present device behind none of them."""
     machine.seed("".join(nodes.seeded(instance_id) for instance_id in instance_ids))
 
 
-def journal(machine):
+def journal(machine: Machine) -> str:
     """What the driver has noted: arrivals, removals, every order it received."""
     return machine.journal(JOURNAL)
 
 
-def wait_settled(machine, seconds=15):
+def wait_settled(machine: Machine, seconds: int = 15) -> None:
     """Turns the machine on and waits until the bus has shown what it shows at the begin."""
     machine.on()
     if (machine.prefix / "drive_c" / "lab" / "modemctl.exe").exists():
-        # The first program of a session is what makes Wine start its drivers.
-        machine.tool("cmd", "/c", "exit")
         control(machine, "wait", str(seconds))
 
 
-def settled_nodes(machine):
+def settled_nodes(machine: Machine) -> list[nodes.Node]:
     """The nodes, once the bus has shown them."""
     wait_settled(machine)
     return machine.nodes()

@@ -1,5 +1,6 @@
 """Registry texts: Wine's own files (while a machine is off) and exported ones (while it is on)."""
 
+import pathlib
 import re
 
 SYSTEM = "system.reg"
@@ -12,19 +13,19 @@ _HIVES = {
 }
 
 
-def _hive_of(key):
+def _hive_of(key: str) -> tuple[str, str]:
     for start, hive in _HIVES.items():
         if key.upper().startswith(start):
             return hive, key[len(start):]
     raise ValueError(f"no hive for registry key {key}")
 
 
-def _ascii(text):
+def _ascii(text: str) -> str:
     """Wine's files are ASCII: everything else is written as \\xNNNN."""
     return "".join(c if ord(c) < 128 else f"\\x{ord(c):04x}" for c in text)
 
 
-def seed(prefix, reg_text):
+def seed(prefix: pathlib.Path, reg_text: str) -> None:
     """Puts the keys of a .reg text into the files of a machine that is off. Later keys win, as when
     the text is imported by the registry editor, but without starting anything."""
     parts = {SYSTEM: [], USER: []}
@@ -46,7 +47,7 @@ def seed(prefix, reg_text):
                 file.write("\n".join(lines) + "\n")
 
 
-def _delete(file, path):
+def _delete(file: pathlib.Path, path: str) -> None:
     """Takes a key and all below it out of one of Wine's files."""
     start = ("[" + _ascii(path.replace("\\", "\\\\"))).lower()
     head, *sections = re.split(r"\n(?=\[)", file.read_text("utf-8"))
@@ -56,7 +57,7 @@ def _delete(file, path):
         file.write_text("\n".join([head, *kept]), "utf-8")
 
 
-def _sections(text):
+def _sections(text: str) -> dict[str, str]:
     """{key path in its own case: the lines of its values} of either kind of text."""
     text = text.replace("\r", "").replace(",\\\n  ", ",")
     exported = text.startswith(("Windows Registry Editor", "REGEDIT"))
@@ -70,7 +71,7 @@ def _sections(text):
     return keys
 
 
-def values_of(lines):
+def values_of(lines: str) -> dict[str, str]:
     """{value name: value as written} of one key's lines."""
     found = {}
     for line in lines.split("\n"):
@@ -80,7 +81,7 @@ def values_of(lines):
     return found
 
 
-def _one_form(value):
+def _one_form(value: str) -> str:
     """Lists of texts are written in two ways, which mean the same."""
     match = re.fullmatch(r"(?:hex\(7\)|str\(7\)):(.*)", value)
     if not match:
@@ -93,12 +94,12 @@ def _one_form(value):
     return "texts:" + "|".join(part for part in units.split("\0") if part)
 
 
-def parse(text):
+def parse(text: str) -> dict[str, dict[str, str]]:
     """{key path: {value name: value as written}}"""
     return {path: values_of(lines) for path, lines in _sections(text).items()}
 
 
-def plain(value):
+def plain(value: str | None) -> str:
     """A value as a person reads it: text without quotes and escapes, numbers as decimal digits."""
     if value is None:
         return ""
@@ -108,7 +109,7 @@ def plain(value):
     return match.group(1).replace("\\\\", "\\").replace('\\"', '"') if match else value
 
 
-def snapshot(prefix):
+def stored(prefix: pathlib.Path) -> dict[str, str]:
     """Both hives of a machine that is off: {key path: the lines of its values}."""
     keys = {}
     for name, start in ((SYSTEM, "HKLM\\"), (USER, "HKCU\\")):
@@ -123,7 +124,7 @@ _NOISE = re.compile(r"\\(NetworkCards|AppDefaults|Wine\\Drivers)(\\|$)"
                     r"|\\Class\\\{4D36E96[8E]-|\\Enum\\(PCI|DISPLAY)|\\Video", re.I)
 
 
-def difference(before, after):
+def difference(before: dict[str, str], after: dict[str, str]) -> list[str]:
     """Lines that tell what was added (+), removed (-) and changed (~), in the order of the keys."""
     lines = []
     for key in sorted(before.keys() | after.keys(), key=str.lower):

@@ -4,7 +4,11 @@ packet with its settings."""
 import pathlib
 import shutil
 
-from . import generations, layout
+from . import generations, layout, template
+from .machine import Machine
+
+# {section: {key: value}}; None removes a key.
+Changes = dict[str, dict[str, object]]
 
 PACKETS = layout.LAB / "packets"
 
@@ -12,22 +16,31 @@ PACKETS = layout.LAB / "packets"
 _GAP_FILLER = layout.BUILD / "lab" / "Vantrel64.DLL"
 
 
-def furnish(machine, packet="demo"):
-    """Puts the program and a packet (a name below lab/packets, or a folder) on a machine."""
-    folder = PACKETS / packet if (PACKETS / packet).is_dir() else pathlib.Path(packet)
-    if not folder.is_dir():
-        raise layout.LabError(f"there is no packet {packet}")
+def find_packet(packet: str | pathlib.Path) -> pathlib.Path:
+    """The folder of a packet that is given by its name below lab/packets, or as a folder."""
+    for folder in (PACKETS / packet, pathlib.Path(packet)):
+        if folder.is_dir() and packet:
+            return folder
+    raise layout.LabError(f"there is no packet {packet}")
+
+
+def missing_folder(packet: pathlib.Path, generation: str) -> str | None:
+    """The folder that the packet needs for the generation and does not have."""
+    name = generations.packet_folder(generation)
+    return None if (packet / name).is_dir() else name
+
+
+def furnish(machine: Machine, packet: str | pathlib.Path = "demo") -> None:
+    """Puts the program and a packet on a machine: the packet as it is, nothing added."""
+    folder = find_packet(packet)
     machine.place(layout.BUILD / "Setup.exe", layout.BUILD / "Quenlor64.DLL", _GAP_FILLER, folder)
+    template.unshare(machine.prefix, {path.name.lower() for path in folder.rglob("*")})
     # Files that every Windows has and Wine has not.
     shutil.copytree(PACKETS / "system", machine.prefix / layout.INF_STORE, dirs_exist_ok=True)
-    wanted = machine.program / generations.packet_folder(machine.generation)
-    if not wanted.exists() and (machine.program / "WIN7").exists():
-        # Packets come for two generations; the others use the older one's files.
-        shutil.copytree(machine.program / "WIN7", wanted)
 
 
-def settings(machine, changes):
-    """Changes Setup.ini on a machine: {section: {key: value}}; None removes a key."""
+def settings(machine: Machine, changes: Changes) -> None:
+    """Changes Setup.ini on a machine."""
     path = machine.program / "Setup.ini"
     lines = path.read_text("utf-8").splitlines() if path.exists() else []
     for section, keys in changes.items():
@@ -36,7 +49,7 @@ def settings(machine, changes):
     path.write_bytes("\r\n".join([*lines, ""]).encode("utf-8"))
 
 
-def _changed(lines, section, key, value):
+def _changed(lines: list[str], section: str, key: str, value: object) -> list[str]:
     result, inside, done = [], False, value is None
     for line in lines:
         name = line.split("=", 1)[0].strip().lower()

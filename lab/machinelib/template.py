@@ -1,7 +1,9 @@
 """The template of all machines, and cloning it in well under a second."""
 
 import fcntl
+import json
 import os
+import pathlib
 import shutil
 import subprocess
 
@@ -28,7 +30,7 @@ _SETTINGS = """
 """
 
 
-def _make(prefix):
+def _make(prefix: pathlib.Path) -> None:
     shutil.rmtree(prefix, ignore_errors=True)
     prefix.mkdir(parents=True)
     host.server(prefix, "-p")
@@ -45,22 +47,45 @@ def _make(prefix):
     registry.seed(prefix, _SETTINGS)
 
 
-def ensure():
+def _manifest() -> dict[str, list[int]]:
+    """{path: size and time} of the files that clones share."""
+    own = tuple(f"{folder}/" for folder in _OWN_FOLDERS)
+    found = {}
+    for folder, _, names in os.walk(layout.TEMPLATE):
+        for name in names:
+            path = pathlib.Path(folder, name)
+            shown = path.relative_to(layout.TEMPLATE).as_posix()
+            if shown not in _OWN_FILES and not shown.startswith(own):
+                status = path.lstat()
+                found[shown] = [status.st_size, status.st_mtime_ns]
+    return found
+
+
+def _is_good(mark: pathlib.Path, version: str) -> bool:
+    """Whether the template is there, for this Wine, and no machine has written into a file that it
+    shares with the template."""
+    if not mark.exists():
+        return False
+    kept = json.loads(mark.read_text())
+    return kept["version"] == version and kept["files"] == _manifest()
+
+
+def ensure() -> pathlib.Path:
     """Makes the template unless it is there. Runs side by side wait for each other here."""
     layout.WORK.mkdir(parents=True, exist_ok=True)
-    mark = layout.WORK / "template.made"
+    mark = layout.WORK / "template.json"
     with open(layout.WORK / "template.lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         version = subprocess.run([layout.WINE, "--version"], capture_output=True, text=True,
                                  env=host.environment(layout.TEMPLATE), check=False).stdout.strip()
         wanted = f"{_MARK}, {version}"
-        if not mark.exists() or mark.read_text("ascii") != wanted:
+        if not _is_good(mark, wanted):
             _make(layout.TEMPLATE)
-            mark.write_text(wanted, "ascii")
+            mark.write_text(json.dumps({"version": wanted, "files": _manifest()}))
     return layout.TEMPLATE
 
 
-def clone(prefix):
+def clone(prefix: pathlib.Path) -> None:
     """A new machine's files: system files are links to the template's."""
     template = ensure()
     prefix.parent.mkdir(parents=True, exist_ok=True)
@@ -75,3 +100,15 @@ def clone(prefix):
             shutil.copytree(template / name, prefix / name, symlinks=True)
         else:
             (prefix / name).mkdir(parents=True)
+
+
+def unshare(prefix: pathlib.Path, names: set[str]) -> None:
+    """Gives a machine copies of its own of all system files with these names (in lower case), so
+    that a program which writes into one does not write into the template's."""
+    for folder, _, found in os.walk(prefix / "drive_c" / "windows"):
+        for name in found:
+            path = pathlib.Path(folder, name)
+            if name.lower() in names and path.lstat().st_nlink > 1:
+                copy = path.with_name(name + ".own")
+                shutil.copy2(path, copy)
+                copy.replace(path)

@@ -1,5 +1,5 @@
 /* The modems as a person described them: read from the driver's Parameters key, which
- * lab/modem_description.py writes. Nothing in here changes while the modems live. */
+ * lab/modem_description writes. Nothing in here changes while the modems live. */
 #pragma once
 
 #include "driver.h"

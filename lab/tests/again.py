@@ -2,61 +2,63 @@
 
 import re
 
-import _road
+import _check
+import _sample
+import _scenario
 from machinelib import modem, registry
 
-SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK)
+SETTINGS = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
 
-# What Windows keeps as well when devices and drivers are removed: the services' keys, and the classes'
-# own keys without those of any driver.
+# What Windows keeps as well when devices and drivers are removed: the services' keys, and the
+# classes' own keys without those of any driver.
 KEPT = re.compile(r"\\Services\\omp|\\Control\\Class\\\{[^\\]*\}(\\Properties)?\]", re.I)
 
 
 def test_reinstall():
     """A second installation removes the first one's devices, INF copies and files, and then
     installs the modem again, once."""
-    with _road.plugged("plugged", SETTINGS) as on:
-        _road.run(on, "-i", 1)
-        _road.all_installed(on, plain=True)
-        first = _road.new_files(on)
-        lines = _road.run(on, "-i", 1)
+    with _scenario.plugged("plugged", SETTINGS) as on:
+        _scenario.run(on, "-i", 1)
+        _sample.all_installed(on, plain=True)
+        first = _sample.new_files(on)
+        lines = _scenario.run(on, "-i", 1)
         for function in ("MI_00\\6&1C2B&0&0000", "MI_01\\6&1C2B&0&0001", "MI_02\\6&1C2B&0&0002"):
-            _road.in_order(lines, "CleanDevice: device USB\\VID_3A9D&PID_9001&" + function +
-                           " information in register was removed,because device was not exist")
-        for service in _road.SERVICES.values():
-            _road.in_order(lines, f"RemoveFile: File C:\\windows\\SYSTEM32\\DRIVERS\\{service}.sys "
-                           "was deleted successfully")
-        _road.all_installed(on, plain=True)
-        _road.equal("new files", _road.new_files(on), first)
+            _check.in_order(lines, "CleanDevice: device USB\\VID_3A9D&PID_9001&" + function +
+                            " information in register was removed,because device was not exist")
+        for service in _sample.SERVICES.values():
+            _check.in_order(lines, "RemoveFile: File C:\\windows\\SYSTEM32\\DRIVERS\\"
+                            f"{service}.sys was deleted successfully")
+        _sample.all_installed(on, plain=True)
+        _check.equal("new files", _sample.new_files(on), first)
 
 
 def test_uninstall():
     """An uninstall brings the machine back to what it was, but for what Windows keeps as well."""
-    with _road.plugged("plugged", SETTINGS) as on:
-        # The modem has been plugged before: its nodes and the driver that Windows has for it are there.
-        before = on.snapshot()
+    with _scenario.plugged("plugged", SETTINGS) as on:
+        # The modem has been plugged before: its nodes, with the driver that Windows has for it.
+        before = on.snapshot().registry
         modem.wait_settled(on)
-        _road.run(on, "-i", 1)
-        lines = _road.run(on, "-u", 1)
+        _scenario.run(on, "-i", 1)
+        lines = _scenario.run(on, "-u", 1)
         modem.control(on, "wait", "10")
-        _road.in_order(lines, "UnInstall: Device to uninstall USB\\VID_3A9D&PID_9001",
-                       "UnInstall: Normal delete sys C:\\windows\\system32\\drivers\\ompmodem.sys",
-                       "RemoveFile: File C:\\windows\\system32\\drivers\\ompmodem.sys was deleted "
-                       "successfully")
+        _check.in_order(lines, "UnInstall: Device to uninstall USB\\VID_3A9D&PID_9001",
+                        "UnInstall: Normal delete sys C:\\windows\\system32\\drivers\\ompmodem.sys",
+                        "RemoveFile: File C:\\windows\\system32\\drivers\\ompmodem.sys was deleted "
+                        "successfully")
         removed = [line.rsplit(" ", 1)[1] for line in lines
                    if line.startswith("UnInstall: Removing device ")]
-        _road.equal("interfaces are removed before whole devices", removed,
-                    sorted(removed, key=lambda device: "&MI_" not in device))
-        _road.nothing_installed(on)
-        _road.equal("new files", _road.new_files(on), [])
-        left = [line for line in registry.difference(before, on.snapshot())
+        _check.equal("interfaces are removed before whole devices", removed,
+                     sorted(removed, key=lambda device: "&MI_" not in device))
+        _sample.nothing_installed(on)
+        _check.equal("new files", _sample.new_files(on), [])
+        left = [line for line in registry.difference(before, on.snapshot().registry)
                 if not KEPT.search(line)]
-        _road.equal("what is left in the registry", left, [])
+        _check.equal("what is left in the registry", left, [])
 
 
 def test_uninstall_of_nothing():
     """An uninstall on a machine where nothing was installed succeeds and changes no file."""
-    with _road.plugged("demo", _road.QUICK) as on:
-        _road.run(on, "-u", 1)
-        _road.nothing_installed(on)
-        _road.equal("new files", _road.new_files(on), [])
+    with _scenario.plugged("demo", _scenario.QUICK) as on:
+        _scenario.run(on, "-u", 1)
+        _sample.nothing_installed(on)
+        _check.equal("new files", _sample.new_files(on), [])

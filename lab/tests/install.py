@@ -1,6 +1,8 @@
 """The main job: switch, wait, install."""
 
-import _road
+import _check
+import _sample
+import _scenario
 
 FUNCTION = "USB\\VID_3A9D&PID_9001&"
 
@@ -13,9 +15,9 @@ def installed_line(function, inf, folder="WIN7"):
 def test_scsi_switch():
     """A CD-ROM that obeys the SCSI order comes back as a modem whose late functions are all
     installed, in the order of their classes, each with its own INF."""
-    with _road.plugged("demo") as on:
-        lines = _road.run(on, "-i", 1)
-        _road.in_order(
+    with _scenario.plugged("demo") as on:
+        lines = _scenario.run(on, "-i", 1)
+        _check.in_order(
             lines,
             "ShiftDevice: Shift mode is 2",
             "ShiftDevice: SCSI device USBSTOR\\CdRom&Ven_Demo&Prod_Modem&Rev_0100 found,"
@@ -31,8 +33,8 @@ def test_scsi_switch():
             installed_line("MI_00", "ompmodem"),
             installed_line("MI_02", "ompnet"))
         assert lines[-1].startswith("Setup: Setup process complete, total "), lines[-1]
-        _road.all_installed(on)
-        _road.journal_order(
+        _sample.all_installed(on)
+        _check.journal_order(
             on, "request USBSTOR\\CdRom", "11 06 00 00 00 00", "obeyed: modem 0",
             "start USB\\VID_3A9D&PID_9001&MI_00", "start USB\\VID_3A9D&PID_9001&MI_01",
             "start USB\\VID_3A9D&PID_9001&MI_02")
@@ -40,27 +42,28 @@ def test_scsi_switch():
 
 def test_vendor_switch():
     """A stick that obeys the vendor control code is switched by it and installed likewise."""
-    with _road.plugged("vendor", {"SHIFTDEVICE": {"SHIFTMODE": 1}}) as on:
-        lines = _road.run(on, "-i", 1)
-        _road.in_order(
+    with _scenario.plugged("vendor", {"SHIFTDEVICE": {"SHIFTMODE": 1}}) as on:
+        lines = _scenario.run(on, "-i", 1)
+        _check.in_order(
             lines, "ShiftDevice: Shift mode is 1",
             "ShiftDevice: Shift device USB\\VID_3A9D&PID_9011 found,sending ioctl...",
             "ShiftDevice: IOCTL send finish result is 0x00000000,begin to install driver",
             "AutoDeviceMatch: Auto device match finish,total 3 devices matched",
             installed_line("MI_02", "ompnet"))
-        _road.all_installed(on)
-        _road.journal_order(on, "order 0x00222190 (0 bytes in, 0 bytes out)", "obeyed: modem 0")
+        _sample.all_installed(on)
+        _check.journal_order(on, "order 0x00222190 (0 bytes in, 0 bytes out)", "obeyed: modem 0")
 
 
 def generation(name, folder):
-    with _road.plugged("plugged", _road.changed(_road.NO_SWITCH, _road.QUICK), name) as on:
-        lines = _road.run(on, "-i", 1)
+    settings = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
+    with _scenario.plugged("plugged", settings, name) as on:
+        lines = _scenario.run(on, "-i", 1)
         word = "" if name == "UNKNOWN" else name
-        _road.in_order(lines, f"GetDriverDir: Get system {word}\tbit 64",
-                       installed_line("MI_01", "ompserial", folder),
-                       installed_line("MI_00", "ompmodem", folder),
-                       installed_line("MI_02", "ompnet", folder))
-        _road.all_installed(on, plain=True)
+        _check.in_order(lines, f"GetDriverDir: Get system {word}\tbit 64",
+                        installed_line("MI_01", "ompserial", folder),
+                        installed_line("MI_00", "ompmodem", folder),
+                        installed_line("MI_02", "ompnet", folder))
+        _sample.all_installed(on, plain=True)
 
 
 def test_windows_10():

@@ -3,33 +3,35 @@
 import concurrent.futures
 import re
 
-import _road
+import _check
+import _sample
+import _scenario
 
 POINTS = 20
 # These machines mostly wait for the program's own pauses.
 SIDE_BY_SIDE = 4
 KILLED = 99
 
-SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK)
+SETTINGS = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
 
 
 def calls_of_a_whole_run():
-    with _road.plugged("plugged", SETTINGS) as on:
-        _road.run(on, "-i", 1)
+    with _scenario.plugged("plugged", SETTINGS) as on:
+        _scenario.run(on, "-i", 1)
         return max(int(number) for number in re.findall(r"^call (\d+) ", on.gap_journal(), re.M))
 
 
 def killed_at(call):
-    with _road.plugged("plugged", SETTINGS) as on:
+    with _scenario.plugged("plugged", SETTINGS) as on:
         on.variables["GAPFILL_KILL"] = str(call)
-        lines = _road.run(on, "-i", KILLED)
-        _road.none_begins(lines, "Setup: Setup process complete")
+        lines = _scenario.run(on, "-i", KILLED)
+        _check.none_begins(lines, "Setup: Setup process complete")
         on.variables.clear()
-        _road.run(on, "-u", 1)
-        _road.equal(f"new files after a kill at call {call} and an uninstall",
-                    _road.new_files(on), [])
-        _road.run(on, "-i", 1)
-        _road.all_installed(on, plain=True)
+        _scenario.run(on, "-u", 1)
+        _check.equal(f"new files after a kill at call {call} and an uninstall",
+                     _sample.new_files(on), [])
+        _scenario.run(on, "-i", 1)
+        _sample.all_installed(on, plain=True)
 
 
 def test_killed():
@@ -37,6 +39,6 @@ def test_killed():
     the next installation succeeds."""
     last = calls_of_a_whole_run()
     points = sorted({1 + i * (last - 1) // (POINTS - 1) for i in range(POINTS)})
-    _road.equal("kill points", len(points), POINTS)
+    _check.equal("kill points", len(points), POINTS)
     with concurrent.futures.ThreadPoolExecutor(SIDE_BY_SIDE) as pool:
         list(pool.map(killed_at, points))

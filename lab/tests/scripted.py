@@ -1,11 +1,13 @@
 """A Setup.ini with every kind of scripted operation."""
 
-import _road
+import _check
+import _scenario
 from machinelib import registry
 
-SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK, {
+SETTINGS = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK, {
     "INSTALL": {"MODE": 3},
-    "PROCESS": {"OPERNUM": 1, "OPER00": "1,%s,Software\\Omdrel\\Demo,Started,yes,1,HKEY_CURRENT_USER"},
+    "PROCESS": {"OPERNUM": 1,
+                "OPER00": "1,%s,Software\\Omdrel\\Demo,Started,yes,1,HKEY_CURRENT_USER"},
     "USER_ENV_PARA": {"PORT": "COM7"},
     "PRE_REG_OPER.INSTALL": {
         "OPERNUM": 4,
@@ -34,17 +36,17 @@ SETTINGS = _road.changed(_road.NO_SWITCH, _road.QUICK, {
 def test_operations():
     """Folders, files, copies and deletions, and registry values set, deleted and asked for, are
     done in their order, and a failing one does not stop the run."""
-    with _road.plugged("demo", SETTINGS) as on:
-        lines = _road.run(on, "-i", 1)
+    with _scenario.plugged("demo", SETTINGS) as on:
+        lines = _scenario.run(on, "-i", 1)
         failed = [line for line in lines if " oper" in line and "fail" in line]
-        _road.equal("failed operations", failed, [
+        _check.equal("failed operations", failed, [
             "ExecutSingleFileOper: File oper req 2,C:\\omdrel\\,not there.txt,x,x,C:\\omdrel\\ "
             "fail,error code 0x00000002"], lines)
         folder = on.file("C:\\omdrel")
-        _road.equal("files", sorted(path.name for path in folder.iterdir()), ["copy.ini"])
-        _road.equal("the copy", (folder / "copy.ini").read_bytes(),
-                    (on.program / "Setup.ini").read_bytes())
+        _check.equal("files", sorted(path.name for path in folder.iterdir()), ["copy.ini"])
+        _check.equal("the copy", (folder / "copy.ini").read_bytes(),
+                     (on.program / "Setup.ini").read_bytes())
         found = {key.rsplit("Omdrel\\", 1)[1]: registry.values_of(lines)
-                 for key, lines in on.snapshot().items() if "Omdrel\\" in key}
-        _road.equal("registry", found, {
+                 for key, lines in on.snapshot().registry.items() if "Omdrel\\" in key}
+        _check.equal("registry", found, {
             "Demo": {"Started": '"yes"', "Port": '"COM7"'}, "Demo\\Sub2": {"Value": '"x"'}})

@@ -1,6 +1,8 @@
 """What earlier installations left behind is cleared away before a new one."""
 
-import _road
+import _check
+import _sample
+import _scenario
 from machinelib import layout, modem, registry
 
 MARKER = "Omdrel USB Device for Legacy Serial Communication Pexil9s"
@@ -38,23 +40,24 @@ def left_nodes(on):
 
 
 def test_stale_remains():
-    """Ghost nodes, INF copies and driver files of an earlier installation go; a device that now is a
-    CD-ROM is marked for reinstallation; an old serial service gets a number; what belongs to others
-    stays; and the modem is installed."""
-    with _road.plugged("demo", {}) as on:
+    """Ghost nodes, INF copies and driver files of an earlier installation go; a device that now is
+    a CD-ROM is marked for reinstallation; an old serial service gets a number; what belongs to
+    others stays; and the modem is installed."""
+    with _scenario.plugged("demo", {}) as on:
         on.off()
         modem.plug(on, "ghosts")
         seed_old_install(on)
         modem.wait_settled(on)
-        lines = _road.run(on, "-i", 1)
+        lines = _scenario.run(on, "-i", 1)
         removed = " information in register was removed,because device was not exist"
         for function in (0, 1):
-            _road.in_order(lines, "CleanDevice: device " + GHOST.format(function) + removed)
-        _road.in_order(
-            lines, f"CleanDevice: Device {CDROM_GHOST} information in register was marked as reinstall "
-            "driver,because it appeared after switch with other driver")
-        _road.in_order(
-            lines, "RemoveFile: File C:\\windows\\SYSTEM32\\DRIVERS\\ompmodem.sys was deleted successfully")
+            _check.in_order(lines, "CleanDevice: device " + GHOST.format(function) + removed)
+        _check.in_order(
+            lines, f"CleanDevice: Device {CDROM_GHOST} information in register was marked as "
+            "reinstall driver,because it appeared after switch with other driver")
+        _check.in_order(
+            lines, "RemoveFile: File C:\\windows\\SYSTEM32\\DRIVERS\\ompmodem.sys was deleted "
+            "successfully")
         left = left_nodes(on)
         for gone in (GHOST.format(0), GHOST.format(1)):
             assert gone not in left, f"{gone} is still there: {left}"
@@ -66,4 +69,4 @@ def test_stale_remains():
         assert "oem42.inf" in store and not {"oem41.inf", "oem41.pnf"} & store, sorted(store)
         name = registry.plain(on.services()["ompold"].get("DisplayName"))
         assert name.startswith(MARKER + " ") and name.split()[-1].isdigit(), name
-        assert {"MI_00", "MI_01", "MI_02"} == set(_road.functions(on)), on.nodes()
+        assert {"MI_00", "MI_01", "MI_02"} == set(_sample.functions(on)), on.nodes()

@@ -2,12 +2,13 @@
 
 import subprocess
 
-import _road
+import _check
+import _scenario
 from machinelib import host, layout
 
 WIDTH, HEIGHT = 1024, 768
 LANGUAGE = "3,%s,Software\\Omdrel,Language,,1,HKEY_CURRENT_USER"
-SETTINGS = _road.changed(_road.NO_SWITCH, {
+SETTINGS = _scenario.changed(_scenario.NO_SWITCH, {
     "UI": {"NEEDUI": 1}, "USERLANG": {"LOCATION": LANGUAGE}, "INSTALL": {"MODE": 3}})
 
 
@@ -31,7 +32,7 @@ def look_at(picture):
 
 
 def picture_in(language):
-    with _road.plugged("demo", SETTINGS, screen=True) as on:
+    with _scenario.plugged("demo", SETTINGS, screen=True) as on:
         on.place(layout.BUILD / "Lang.ini")
         on.seed("[HKEY_CURRENT_USER\\Software\\Omdrel]\n" f'"Language"="{language}"\n')
         picture = on.folder / "window.png"
@@ -42,8 +43,8 @@ def picture_in(language):
             host.wait_until(lambda: process.poll() is not None, 1)
             on.shoot(picture)
 
-        lines = _road.run(on, "-i", 1, during=shoot)
-        _road.in_order(lines, f"ShowProgressUI: User set lang to {language}")
+        lines = _scenario.run(on, "-i", 1, during=shoot)
+        _check.in_order(lines, f"ShowProgressUI: User set lang to {language}")
         return look_at(picture)
 
 
@@ -53,9 +54,9 @@ def test_window():
     for language in ("EN", "AR"):
         window, text, points = picture_in(language)
         left, top, right, bottom = window
-        _road.equal(f"the window of {language} is in the middle of the screen",
-                    (abs(left + right + 1 - WIDTH) < 4, abs(top + bottom + 1 - HEIGHT) < 4),
-                    (True, True), [window])
+        _check.equal(f"the window of {language} is in the middle of the screen",
+                     (abs(left + right + 1 - WIDTH) < 4, abs(top + bottom + 1 - HEIGHT) < 4),
+                     (True, True), [window])
         # look_at() counts from the window's corner and leaves the border out.
         assert text[0] > 8 and text[1] > 8, (language, text)
         assert text[2] < right - left - 8 and text[3] < bottom - top - 8, (language, text, window)

@@ -1,0 +1,159 @@
+"""What `lab/machine` does: one function per command. Each returns the exit status for the shell."""
+
+import argparse
+import os
+import pathlib
+import subprocess
+import sys
+
+from . import host, layout, modem, nodes, registry, setup_folder
+from .machine import Machine
+
+# Exit statuses; 2 is also what a wrong use of the command line ends with.
+DONE, FAILED, LAB_ERROR, UNDRIVEN = 0, 1, 2, 3
+
+
+def make(options: argparse.Namespace) -> int:
+    packet = setup_folder.find_packet(options.packet)
+    machine = Machine(options.name, options.generation, options.screen).make()
+    try:
+        setup_folder.furnish(machine, packet)
+    except BaseException:
+        machine.end()
+        raise
+    print(f"machine {machine.name}: {machine.generation}, {machine.folder}")
+    missing = setup_folder.missing_folder(packet, machine.generation)
+    if missing:
+        print(f"warning: the packet has no folder {missing}, which {machine.generation} needs; "
+              "Setup.exe will fail")
+    return DONE
+
+
+def plug(options: argparse.Namespace) -> int:
+    machine = Machine.existing(options.name)
+    if options.description:
+        modem.plug(machine, options.description)
+    else:
+        modem.plug_plain(machine)
+    return show_nodes(options)
+
+
+def show_nodes(options: argparse.Namespace) -> int:
+    print(nodes.table(modem.settled_nodes(Machine.existing(options.name))))
+    return DONE
+
+
+def _show_log(text: str) -> None:
+    sys.stdout.write("".join("  | " + line + "\n" for line in text.rstrip("\n").split("\n")))
+    sys.stdout.flush()
+
+
+def _shoot(machine: Machine, process: subprocess.Popen, picture: pathlib.Path) -> None:
+    """Takes the picture while the program works; it shows its window right at the begin."""
+    host.wait_until(
+        lambda: process.poll() is not None or "Main thread started" in machine.log(), 20)
+    host.wait_until(lambda: process.poll() is not None, 1.5)
+    if process.poll() is None:
+        machine.shoot(picture)
+
+
+def run(options: argparse.Namespace) -> int:
+    machine = Machine.existing(options.name)
+    picture = pathlib.Path(options.screenshot).resolve() if options.screenshot else None
+    if picture and not machine.has_screen:
+        raise layout.LabError(f"machine {machine.name} has no screen to take a picture of; "
+                              "make it with --screen")
+    if picture:
+        picture.unlink(missing_ok=True)
+    modem.wait_settled(machine)
+    if not machine.remembered():
+        machine.remember()
+        modem.wait_settled(machine)
+    outcome = machine.run(
+        options.switch, timeout=options.timeout, follow=_show_log if options.follow else None,
+        during=picture and (lambda on, process: _shoot(on, process, picture)))
+    if not options.follow:
+        print(outcome.log, end="")
+    if outcome.exit_code is None:
+        print(outcome.ended)
+        return LAB_ERROR
+    print(f"{outcome.ended} after {outcome.seconds:.1f} s")
+    if picture:
+        print(f"screenshot: {picture}" if picture.exists() else "no window was shown")
+    if outcome.exit_code != 1:
+        return FAILED
+    return _look_for_undriven(machine) if options.switch == "-i" else DONE
+
+
+def _look_for_undriven(machine: Machine) -> int:
+    """An installation that reports success may still have left functions out."""
+    left = nodes.undriven(machine.nodes())
+    for node in left:
+        print(f"warning: {node.instance_id} is plugged and has {node.remark}")
+    return UNDRIVEN if left else DONE
+
+
+def collect(options: argparse.Namespace) -> int:
+    machine = Machine.existing(options.name)
+    write_findings(machine, pathlib.Path(options.folder).resolve())
+    return DONE
+
+
+def write_findings(machine: Machine, target: pathlib.Path) -> None:
+    """Writes nodes, services, logs and differences into a folder. Turns the machine off."""
+    try:
+        target.mkdir(parents=True, exist_ok=True)
+    except OSError as error:
+        raise layout.LabError(f"{target} cannot be made a folder: {error.strerror}") from error
+    (target / "nodes.txt").write_text(nodes.table(machine.nodes()) + "\n")
+    (target / "services.txt").write_text("".join(
+        f"{name}: {registry.plain(values.get('DisplayName'))}, "
+        f"{registry.plain(values.get('ImagePath'))}\n"
+        for name, values in sorted(machine.services().items())))
+    (target / "Setup.log").write_text(machine.log())
+    after = machine.snapshot()
+    # The driver notes the end of the session as well.
+    (target / "modem.log").write_text(modem.journal(machine))
+    (target / "gaps.log").write_text(machine.gap_journal())
+    before = machine.remembered()
+    if before:
+        (target / "registry.txt").write_text("".join(
+            line + "\n" for line in before.registry_changes(after)))
+        (target / "files.txt").write_text("".join(
+            line + "\n" for line in before.file_changes(after)))
+        print(f"collected in {target}")
+    else:
+        print(f"collected in {target}; the program has not run yet, so there are no differences")
+
+
+def check(options: argparse.Namespace) -> int:
+    described = modem.described(options.description)
+    if options.registry:
+        print(described.reg_text(), end="")
+    else:
+        print(f"{len(described.modems)} modems, {len(described.nodes)} nodes, "
+              f"{len(described.ghosts)} ghosts: nothing is wrong")
+    return DONE
+
+
+def end(options: argparse.Namespace) -> int:
+    Machine.existing(options.name).end()
+    return DONE
+
+
+def attempt(options: argparse.Namespace) -> int:
+    """All in one: what would the program do with this modem?"""
+    options.name, options.switch, options.follow = f"try-{os.getpid()}", "-i", True
+    made = False
+    try:
+        make(options)
+        made = True
+        plug(options)
+        result = run(options)
+        show_nodes(options)
+        if result != DONE and options.keep:
+            write_findings(Machine.existing(options.name), pathlib.Path(options.keep).resolve())
+        return result
+    finally:
+        if made:
+            end(options)

@@ -16,13 +16,6 @@ function(setup_compile_options target)
             -Wformat=2 -Werror -ffunction-sections -fdata-sections
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast>)
     endif()
-    if(SETUP_CHECKS)
-        # Traps instead of reports: this target has no sanitizer run-time library.
-        target_compile_options(${target} PRIVATE
-            -fsanitize=undefined -fsanitize-undefined-trap-on-error -fstack-protector-strong)
-        target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
-        target_link_libraries(${target} PRIVATE ssp)
-    endif()
     if(SETUP_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -33,4 +26,14 @@ function(setup_compile_options target)
         target_compile_options(${target} PRIVATE --coverage)
         target_link_options(${target} PRIVATE --coverage)
     endif()
+endfunction()
+
+# setup_check_itself(target): the target's code ends the process where it leaves the language: library
+# assertions, undefined behaviour, a stack overrun.
+function(setup_check_itself target)
+    # Traps instead of reports: this target has no sanitizer run-time library.
+    target_compile_options(${target} PRIVATE
+        -fsanitize=undefined -fsanitize-undefined-trap-on-error -fstack-protector-strong)
+    target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+    target_link_libraries(${target} PUBLIC ssp)
 endfunction()

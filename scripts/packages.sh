@@ -3,7 +3,7 @@
 
 needed_packages=(
     cmake ninja-build g++ git python3
-    g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 doctest-dev
+    g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 lld doctest-dev
     clang-tidy clang-format
     wine64 xvfb imagemagick fonts-dejavu-core
 )

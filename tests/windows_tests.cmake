@@ -1,15 +1,29 @@
-# The program's own objects with their imports led to the simulated machine, linked with the tests.
+# The program's own objects with their imports led to the simulated machine, linked with the tests:
+# setup_tests with what ships, setup_tests_checked with the same sources built so that they check
+# themselves. Tests and machine are compiled once, for both.
 set(not_rooms machine support native bench)
+# The linker of the tests alone; it takes a tenth of the time of the one that links what ships.
+find_program(FAST_LINKER ld.lld)
+set(checked)
+if(TARGET setup_core_checked)
+    set(checked _checked)
+endif()
+
+# setup_tests_options(target): how the tests' and the machine's own code is compiled.
+function(setup_tests_options target)
+    setup_compile_options(${target})
+    setup_check_itself(${target})
+    target_include_directories(${target} PUBLIC
+        ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/../src)
+endfunction()
 
 file(GLOB_RECURSE machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
 add_library(setup_machine STATIC ${machine_sources})
-setup_compile_options(setup_machine)
-target_include_directories(setup_machine PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/../src)
+setup_tests_options(setup_machine)
 
-# Both libraries of the program (setup_core may build on setup_pure) with renamed imports.
-set(under_test)
-foreach(library setup_core setup_pure)
-    if(TARGET ${library})
+# under_test(suffix): copies of both libraries of the program with renamed imports.
+function(under_test suffix)
+    foreach(library setup_core${suffix} setup_pure${suffix})
         set(renamed ${CMAKE_CURRENT_BINARY_DIR}/lib${library}_under_test.a)
         add_custom_command(
             OUTPUT ${renamed}
@@ -21,24 +35,33 @@ foreach(library setup_core setup_pure)
                     ${CMAKE_CURRENT_SOURCE_DIR}/rename_imports.cmake
             COMMENT "Leading the imports of ${library} to the simulated machine"
             VERBATIM)
-        list(APPEND under_test ${renamed})
-    endif()
-endforeach()
-add_custom_target(setup_core_under_test DEPENDS ${under_test})
+        list(APPEND copies ${renamed})
+    endforeach()
+    add_custom_target(under_test${suffix} DEPENDS ${copies})
+    set_target_properties(under_test${suffix} PROPERTIES COPIES "${copies}")
+endfunction()
 
 # Links a test program with the renamed libraries and the machine. The program's objects come first
 # and whole: of an inline function that a test shares with them (a handle's owner, say), the linker
 # keeps the first copy, and only theirs leads to the machine.
-function(link_under_test target)
-    add_dependencies(${target} setup_core_under_test)
-    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${under_test})
+function(link_under_test target suffix)
+    get_target_property(copies under_test${suffix} COPIES)
+    add_dependencies(${target} under_test${suffix})
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${copies})
     target_link_options(${target} PRIVATE -static
-        -Wl,--whole-archive ${under_test} -Wl,--no-whole-archive)
+        -Wl,--whole-archive ${copies} -Wl,--no-whole-archive)
+    if(FAST_LINKER)
+        target_link_options(${target} PRIVATE -fuse-ld=lld)
+    endif()
     target_link_libraries(${target} PRIVATE setup_machine setupapi)
 endfunction()
 
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
+# What shows that memory is guarded says nothing where it is not.
+set(memory_sources machine_selftest/guarded_memory_test.cpp)
+list(FILTER test_sources EXCLUDE REGEX "/guarded_memory_test\\.cpp$")
+
 # The program's log formats, for the tests that must know every line it writes.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(log_formats ${CMAKE_CURRENT_BINARY_DIR}/generated/log_formats.inc)
@@ -50,54 +73,38 @@ add_custom_command(
     DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/log_formats.py ${program_sources}
     COMMENT "Listing the program's log formats"
     VERBATIM)
-add_executable(setup_tests ${test_sources} ${log_formats})
-# Some tests read what is built beside them.
-add_dependencies(setup_tests Setup Quenlor64)
-setup_compile_options(setup_tests)
+
+add_library(setup_test_objects OBJECT ${test_sources} ${log_formats})
+setup_tests_options(setup_test_objects)
 # The tests themselves gain nothing from the optimiser, and each would read the same large headers.
-if(NOT MSVC)
-    target_compile_options(setup_tests PRIVATE -O0)
-endif()
-target_precompile_headers(setup_tests PRIVATE <doctest/doctest.h> machine/machine.h)
+target_compile_options(setup_test_objects PUBLIC -O0)
+target_precompile_headers(setup_test_objects PRIVATE <doctest/doctest.h> machine/machine.h)
 # This one makes doctest's own code out of its header.
 set_source_files_properties(support/doctest_main.cpp PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
-target_compile_definitions(setup_tests PRIVATE DOCTEST_CONFIG_NO_MULTITHREADING)
-target_include_directories(setup_tests SYSTEM PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/include)
-target_include_directories(setup_tests PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
-link_under_test(setup_tests)
-if(SETUP_CHECKS)
-    target_compile_definitions(setup_machine PUBLIC GUARD_MEMORY)
+target_compile_definitions(setup_test_objects PUBLIC DOCTEST_CONFIG_NO_MULTITHREADING)
+target_include_directories(setup_test_objects SYSTEM PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/include)
+target_include_directories(setup_test_objects PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
+
+foreach(suffix IN ITEMS "" ${checked})
+    under_test("${suffix}")
+    add_executable(setup_tests${suffix} ${memory_sources})
+    # Some tests read what is built beside them.
+    add_dependencies(setup_tests${suffix} Setup Quenlor64)
+    setup_tests_options(setup_tests${suffix})
+    target_link_libraries(setup_tests${suffix} PRIVATE setup_test_objects)
+    link_under_test(setup_tests${suffix} "${suffix}")
+endforeach()
+if(TARGET setup_tests_checked)
+    # This copy of the file comes before the one in the machine's library, which then stays out.
+    target_sources(setup_tests_checked PRIVATE machine/guarded_memory.cpp)
+    target_compile_definitions(setup_tests_checked PRIVATE GUARD_MEMORY)
 endif()
 
 include(bench/bench.cmake)
+include(rooms.cmake)
 
-if(CMAKE_HOST_WIN32)
-    set(launcher)
-else()
-    set(launcher ${CMAKE_CURRENT_SOURCE_DIR}/run_under_wine.sh ${CMAKE_BINARY_DIR}/wine-prefix)
-endif()
-
-# With the build folder's name in front: in one run over several build trees ctest gives the properties
-# of a test to all tests of that name.
-cmake_path(GET CMAKE_BINARY_DIR FILENAME tree)
-file(GLOB rooms LIST_DIRECTORIES true RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS
-     ${CMAKE_CURRENT_SOURCE_DIR}/*)
-foreach(room ${rooms})
-    file(GLOB_RECURSE room_sources ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
-    if(room_sources AND NOT room IN_LIST not_rooms)
-        add_test(NAME ${tree}.${room}
-                 COMMAND ${launcher} $<TARGET_FILE:setup_tests> --source-file=*tests/${room}/*
-                         --no-intro=true)
-        # Far more than a room takes: the machine may be busy with others.
-        set_tests_properties(${tree}.${room} PROPERTIES
-                             TIMEOUT 1200 ENVIRONMENT SETUP_TEST_TIMEOUT=1190)
-    endif()
-endforeach()
-# Thousands of runs: started first, and given more time than the others.
-set_tests_properties(${tree}.torture PROPERTIES COST 1000)
-
-# What ships must load on the oldest system. The other builds bring imports of their tools.
-if(NOT SETUP_CHECKS AND NOT SETUP_COVERAGE)
+# What ships must load on the oldest system; counters bring imports of their own.
+if(NOT SETUP_COVERAGE)
     add_test(NAME ${tree}.imports
              COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/imports/check_imports.py
                      ${CMAKE_OBJDUMP} ${CMAKE_CURRENT_SOURCE_DIR}/imports/windows_xp_x64.txt

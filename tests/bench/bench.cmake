@@ -2,4 +2,4 @@
 file(GLOB bench_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/bench/*.cpp)
 add_executable(setup_bench ${bench_sources} support/program_state.cpp)
 setup_compile_options(setup_bench)
-link_under_test(setup_bench)
+link_under_test(setup_bench "")

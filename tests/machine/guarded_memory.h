@@ -1,6 +1,6 @@
-// Memory whose overrun ends the run on the spot. Built in with GUARD_MEMORY (preset checks): while
-// a machine lives, every `new` outside the machine's own work gets pages of its own, ends right
-// before a page that nobody may touch, and is never handed out again after `delete`.
+// Memory whose overrun ends the run on the spot. Built in with GUARD_MEMORY (setup_tests_checked):
+// while a machine lives, every `new` outside the machine's own work gets pages of its own, ends
+// right before a page that nobody may touch, and is never handed out again after `delete`.
 #pragma once
 
 namespace machine {

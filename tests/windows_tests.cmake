@@ -81,6 +81,8 @@ target_compile_options(setup_test_objects PUBLIC -O0)
 target_precompile_headers(setup_test_objects PRIVATE <doctest/doctest.h> machine/machine.h)
 # This one makes doctest's own code out of its header.
 set_source_files_properties(support/doctest_main.cpp PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+set_source_files_properties(docs/page.cpp PROPERTIES
+    COMPILE_DEFINITIONS PAGE_PATH="${CMAKE_SOURCE_DIR}/docs/setup-ini.md")
 target_compile_definitions(setup_test_objects PUBLIC DOCTEST_CONFIG_NO_MULTITHREADING)
 target_include_directories(setup_test_objects SYSTEM PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/include)
 target_include_directories(setup_test_objects PRIVATE ${CMAKE_CURRENT_BINARY_DIR})

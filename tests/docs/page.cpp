@@ -47,10 +47,7 @@ std::string ReadFile(const std::string& path) {
 } // namespace
 
 std::string Read() {
-    std::string source = __FILE__;
-    std::replace(source.begin(), source.end(), '\\', '/');
-    const std::string path =
-        source.substr(0, source.rfind("tests/docs/page.cpp")) + "docs/setup-ini.md";
+    const std::string path = PAGE_PATH;
     std::string text = ReadFile(path);
     if (text.empty()) {
         // Built on Linux, run under Wine, with another drive as the current one.

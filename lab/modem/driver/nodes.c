@@ -1,10 +1,9 @@
 #include "nodes.h"
 
-#include "bus_device.h"
-#include "control_device.h"
 #include "journal.h"
 
 static DRIVER_OBJECT* driverObject;
+static DEVICE_OBJECT* bus;
 static DEVICE_OBJECT* plugged[NODE_LIMIT];
 static FAST_MUTEX pluggedLock;
 
@@ -13,9 +12,8 @@ void PrepareNodes(DRIVER_OBJECT* driver) {
     ExInitializeFastMutex(&pluggedLock);
 }
 
-BOOLEAN IsNodeDevice(const DEVICE_OBJECT* device) {
-    /* The driver makes three kinds of devices only. */
-    return !IsBusDevice(device) && !IsControlDevice(device);
+void ConnectNodes(DEVICE_OBJECT* newBus) {
+    bus = newBus;
 }
 
 NodeExtension* ExtensionOf(DEVICE_OBJECT* device) {
@@ -69,9 +67,9 @@ void UnplugNode(ULONG node) {
 }
 
 void AnnounceNodes(void) {
-    DEVICE_OBJECT* const bus = DeviceBelowBus();
-    if (bus != NULL) {
-        IoInvalidateDeviceRelations(bus, BusRelations);
+    DEVICE_OBJECT* const below = bus;
+    if (below != NULL) {
+        IoInvalidateDeviceRelations(below, BusRelations);
     }
 }
 

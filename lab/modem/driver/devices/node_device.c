@@ -1,8 +1,9 @@
-#include "node_device.h"
+#include "devices/node_device.h"
 
+#include "devices/orders.h"
+#include "devices/request.h"
 #include "journal.h"
 #include "nodes.h"
-#include "orders.h"
 #include "presence.h"
 
 /* The system frees what it is given, so every answer is a copy. */

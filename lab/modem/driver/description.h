@@ -2,7 +2,7 @@
  * lab/modem_description writes. Nothing in here changes while the modems live. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 #define IDS_LENGTH (2u * ID_LENGTH) /* characters of a list of ids, all zeros included */
 #define CLASS_LENGTH 40u
@@ -48,6 +48,8 @@ typedef struct {
 extern ModemDescription modemDescriptions[MODEM_LIMIT];
 extern NodeDescription nodeDescriptions[NODE_LIMIT];
 
-/* Reads everything from the key Parameters under `servicePath`. Called with NULL it reads the same
- * place again; a node that is plugged then keeps its description. */
+/* Reads everything from the key Parameters under `servicePath`. */
 void ReadDescription(const UNICODE_STRING* servicePath);
+
+/* Reads the same place again. A node that is in use keeps its description. */
+void ReadDescriptionAgain(BOOLEAN (*isInUse)(ULONG node));

@@ -2,7 +2,7 @@
  * (a personality goes or comes, a node arrives or leaves) or until it is woken by a wish. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 NTSTATUS StartTimeline(void);
 /* Returns when the thread has ended. */

@@ -1,9 +1,9 @@
-/* What every file of the driver needs. */
+/* What the kernel offers every file of the driver. */
 #pragma once
 
 #include <ntddk.h>
 
-#include "control_codes.h"
+#include "modem/control_codes.h"
 
 /* Text functions that the kernel exports and the driver kit's headers do not declare. "%S" is the
  * wide string of the narrow ones, "%s" that of the wide one. */
@@ -13,9 +13,3 @@ int __cdecl _snwprintf(wchar_t* to, size_t size, const wchar_t* format, ...);
 
 /* Shown to whoever looks at the memory pools with a debugger. */
 #define POOL_TAG 0x6D65444Du
-
-/* Sets the result of a request and hands it back to the system; returns the result. */
-NTSTATUS Complete(IRP* irp, NTSTATUS status);
-
-/* Milliseconds since 1601, for differences. */
-LONGLONG Milliseconds(void);

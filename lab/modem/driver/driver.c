@@ -4,26 +4,18 @@
  * service, and from then on the functions in `MajorFunction` for every request. All requests come
  * on one thread, which also serves the rest of the system, so nothing here may wait; what takes
  * time is done by the thread of timeline.c. */
-#include "driver.h"
-
-#include "bus_device.h"
-#include "control_device.h"
 #include "description.h"
+#include "devices/bus_device.h"
+#include "devices/control_device.h"
+#include "devices/node_device.h"
+#include "devices/request.h"
 #include "journal.h"
-#include "node_device.h"
 #include "nodes.h"
 #include "timeline.h"
 
-NTSTATUS Complete(IRP* irp, NTSTATUS status) {
-    irp->IoStatus.Status = status;
-    IoCompleteRequest(irp, IO_NO_INCREMENT);
-    return status;
-}
-
-LONGLONG Milliseconds(void) {
-    LARGE_INTEGER time;
-    KeQuerySystemTime(&time);
-    return time.QuadPart / 10000;
+/* The driver makes three kinds of devices only. */
+static BOOLEAN IsNodeDevice(const DEVICE_OBJECT* device) {
+    return !IsBusDevice(device) && !IsControlDevice(device);
 }
 
 static NTSTATUS NTAPI OnOpen(DEVICE_OBJECT* device, IRP* irp) {

@@ -1,7 +1,7 @@
 /* \\.\VModemCtl: the device through which tests and people steer the modems. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 NTSTATUS CreateControlDevice(DRIVER_OBJECT* driver);
 void DeleteControlDevice(void);

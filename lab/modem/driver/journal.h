@@ -2,7 +2,7 @@
  * time (UTC) in front. Tests read it to learn what the program under test really sent. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 #define JOURNAL_PATH_LENGTH 260u
 

@@ -1,7 +1,6 @@
 #include "description.h"
 
 #include "journal.h"
-#include "nodes.h"
 
 #define KEY_LENGTH 300
 
@@ -118,11 +117,11 @@ static void ReadModems(void) {
     }
 }
 
-static void ReadNodes(void) {
+static void ReadNodes(BOOLEAN (*isInUse)(ULONG node)) {
     ULONG i;
     for (i = 0; i < NODE_LIMIT; ++i) {
         HANDLE key;
-        if (NodeIsPlugged(i)) {
+        if (isInUse(i)) {
             continue;
         }
         nodeDescriptions[i].isDescribed = FALSE;
@@ -134,15 +133,9 @@ static void ReadNodes(void) {
     }
 }
 
-void ReadDescription(const UNICODE_STRING* servicePath) {
-    HANDLE key;
+void ReadDescriptionAgain(BOOLEAN (*isInUse)(ULONG node)) {
     WCHAR journal[JOURNAL_PATH_LENGTH];
-    if (servicePath != NULL) {
-        _snwprintf(parametersPath, KEY_LENGTH, L"%.*s\\Parameters",
-                   (int)(servicePath->Length / sizeof(WCHAR)), servicePath->Buffer);
-        parametersPath[KEY_LENGTH - 1] = 0;
-    }
-    key = OpenKey(parametersPath);
+    const HANDLE key = OpenKey(parametersPath);
     if (key == NULL) {
         WriteJournal("no description at %S", parametersPath);
         return;
@@ -153,5 +146,17 @@ void ReadDescription(const UNICODE_STRING* servicePath) {
         SetJournalPath(journal);
     }
     ReadModems();
-    ReadNodes();
+    ReadNodes(isInUse);
+}
+
+static BOOLEAN NoneIsInUse(ULONG node) {
+    (void)node;
+    return FALSE;
+}
+
+void ReadDescription(const UNICODE_STRING* servicePath) {
+    _snwprintf(parametersPath, KEY_LENGTH, L"%.*s\\Parameters",
+               (int)(servicePath->Length / sizeof(WCHAR)), servicePath->Buffer);
+    parametersPath[KEY_LENGTH - 1] = 0;
+    ReadDescriptionAgain(NoneIsInUse);
 }

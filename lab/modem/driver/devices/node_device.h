@@ -1,7 +1,7 @@
 /* Requests to one node of a modem: who it is, its start and removal, and what programs send it. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 NTSTATUS NodePlugAndPlay(DEVICE_OBJECT* device, IRP* irp);
 

@@ -1,7 +1,7 @@
-#include "orders.h"
+#include "devices/orders.h"
 
-#include "caller_memory.h"
 #include "description.h"
+#include "devices/caller_memory.h"
 #include "journal.h"
 #include "nodes.h"
 #include "timeline.h"

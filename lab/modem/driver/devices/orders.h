@@ -2,7 +2,7 @@
  * in a pass-through request. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 /* Notes the request in the journal, answers it, and changes the modem's personality when it is the
  * order that the modem obeys. Sets Information; the caller completes the request. */

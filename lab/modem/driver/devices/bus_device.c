@@ -1,4 +1,4 @@
-#include "bus_device.h"
+#include "devices/bus_device.h"
 
 #include "journal.h"
 #include "nodes.h"
@@ -19,6 +19,7 @@ NTSTATUS NTAPI AddBus(DRIVER_OBJECT* driver, DEVICE_OBJECT* below) {
     }
     IoAttachDeviceToDeviceStack(busDevice, below);
     belowBus = below;
+    ConnectNodes(below);
     busDevice->Flags &= ~(ULONG)DO_DEVICE_INITIALIZING;
     return STATUS_SUCCESS;
 }
@@ -27,14 +28,11 @@ BOOLEAN IsBusDevice(const DEVICE_OBJECT* device) {
     return device == busDevice;
 }
 
-DEVICE_OBJECT* DeviceBelowBus(void) {
-    return belowBus;
-}
-
 static NTSTATUS RemoveBus(IRP* irp) {
     NTSTATUS status;
     DEVICE_OBJECT* const below = belowBus;
     belowBus = NULL;
+    ConnectNodes(NULL);
     irp->IoStatus.Status = STATUS_SUCCESS;
     IoSkipCurrentIrpStackLocation(irp);
     status = IoCallDriver(below, irp);

@@ -5,7 +5,7 @@
  * done by the timeline's thread only; questions may come from any thread. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 #include "description.h"
 
@@ -19,7 +19,10 @@ typedef struct {
 
 void PrepareNodes(DRIVER_OBJECT* driver);
 
-BOOLEAN IsNodeDevice(const DEVICE_OBJECT* device);
+/* The bus that the nodes hang on: the device object that the system is told about. NULL: none, and
+ * nothing is announced. */
+void ConnectNodes(DEVICE_OBJECT* bus);
+
 NodeExtension* ExtensionOf(DEVICE_OBJECT* device);
 
 BOOLEAN NodeIsPlugged(ULONG node);

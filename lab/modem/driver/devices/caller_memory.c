@@ -3,7 +3,7 @@
  * work are two functions of ntdll.dll; but a driver that imports anything besides ntoskrnl.exe is
  * taken by Wine for an ordinary library and not for a driver. So the two are looked up by hand in
  * the copy of ntdll.dll that every Wine process has. */
-#include "caller_memory.h"
+#include "devices/caller_memory.h"
 
 #include <ntimage.h>
 

@@ -2,7 +2,7 @@
  * node's Enum key. Windows keeps such a key there; Wine does not, so the driver does. */
 #pragma once
 
-#include "driver.h"
+#include "kernel.h"
 
 /* FALSE when somebody has deleted the node's key, as removing a device does. */
 BOOLEAN NodeKeyExists(ULONG node);

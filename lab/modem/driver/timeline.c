@@ -40,6 +40,13 @@ static volatile BOOLEAN isStopping;
 static volatile BOOLEAN isScanWished;
 static volatile BOOLEAN isWorking;
 
+/* Since 1601, for differences. */
+static LONGLONG Milliseconds(void) {
+    LARGE_INTEGER time;
+    KeQuerySystemTime(&time);
+    return time.QuadPart / 10000;
+}
+
 /* ---- what is due when (called under `lock`) -------------------------------------------------- */
 
 static BOOLEAN BelongsNow(ULONG node) {

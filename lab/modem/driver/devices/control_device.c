@@ -1,6 +1,7 @@
-#include "control_device.h"
+#include "devices/control_device.h"
 
 #include "description.h"
+#include "devices/request.h"
 #include "journal.h"
 #include "nodes.h"
 #include "timeline.h"
@@ -117,7 +118,7 @@ static NTSTATUS Answer(ULONG code, const Exchange* exchange) {
         WishScan();
         return STATUS_SUCCESS;
     case MODEM_CONTROL_RELOAD:
-        ReadDescription(NULL);
+        ReadDescriptionAgain(NodeIsPlugged);
         return STATUS_SUCCESS;
     default:
         return STATUS_INVALID_DEVICE_REQUEST;

@@ -1,5 +1,6 @@
 #include "import_table.h"
 
+#include "pace.h"
 #include "replacements.h"
 
 #include <cstring>
@@ -37,6 +38,8 @@ const Row kRows[] = {
     {"SetupUninstallOEMInfW", Address(FilledUninstallOEMInf)},
     {"UpdateDriverForPlugAndPlayDevicesW", Address(FilledUpdateDriver)},
     {"GetProcAddress", Address(FilledGetProcAddress)},
+    {"Sleep", Address(PacedSleep)},
+    {"WaitForSingleObject", Address(PacedWaitForSingleObject)},
 };
 
 void* ReplacementOf(const char* function) {

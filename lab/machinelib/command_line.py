@@ -27,10 +27,19 @@ def _seconds(text: str) -> float:
     return seconds
 
 
+def _pace(text: str) -> int:
+    pace = int(text)
+    if not 1 <= pace <= 100:
+        raise argparse.ArgumentTypeError(f"{text!r} is no pace from 1 to 100")
+    return pace
+
+
 def _add_furnishing(parser: argparse.ArgumentParser) -> None:
     parser.add_argument("--generation", default="WIN7", choices=generations.GENERATIONS,
                         help="the Windows that the machine reports (%(default)s)")
     parser.add_argument("--screen", action="store_true", help="give the machine a screen")
+    parser.add_argument("--pace", type=_pace, default=1, metavar="N",
+                        help="let the program's waits and the modems' delays pass N times as fast")
     parser.add_argument("--packet", default="demo",
                         help="a folder below lab/packets, or any folder with a Setup.ini")
 

@@ -15,7 +15,7 @@ DONE, FAILED, LAB_ERROR, UNDRIVEN = 0, 1, 2, 3
 
 def make(options: argparse.Namespace) -> int:
     packet = setup_folder.find_packet(options.packet)
-    machine = Machine(options.name, options.generation, options.screen).make()
+    machine = Machine(options.name, options.generation, options.screen, pace=options.pace).make()
     try:
         setup_folder.furnish(machine, packet)
     except BaseException:

@@ -23,7 +23,9 @@ def environment(prefix: pathlib.Path, display: str | None = None,
     result = {name: value for name, value in os.environ.items()
               if name not in ("DISPLAY", "WAYLAND_DISPLAY") and not name.startswith("WINE")}
     result.update(WINEPREFIX=str(prefix), WINEDEBUG="fixme-all,err-all", HOME=str(prefix.parent),
-                  WINEDLLOVERRIDES=_OVERRIDES)
+                  WINEDLLOVERRIDES=_OVERRIDES,
+                  # The log tells local time and the modem's journal UTC: the same on a machine.
+                  TZ="UTC")
     if display:
         result["DISPLAY"] = display
     result.update(extra or {})

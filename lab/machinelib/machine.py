@@ -55,12 +55,14 @@ class Machine:
     ended on every way out; when a run failed its folder stays, and the place is printed."""
 
     def __init__(self, name: str | None = None, generation: str = "WIN7",
-                 wants_screen: bool = False, keep: bool = False):
+                 wants_screen: bool = False, keep: bool = False, pace: int = 1):
         self.name = _free_name() if name is None else _checked_name(name)
         self.folder = layout.MACHINES / self.name
         self.prefix = self.folder / "prefix"
         self.program = self.prefix / "drive_c" / layout.PROGRAM_FOLDER
         self.generation = generation
+        # How many times as fast the waits of the program and the delays of the modems pass.
+        self.pace = pace
         self._keep = keep
         # Further environment variables for the programs that are started.
         self.variables: dict[str, str] = {}
@@ -106,6 +108,7 @@ class Machine:
     def _store(self) -> None:
         (self.folder / _STATE).write_text(json.dumps({
             "generation": self.generation,
+            "pace": self.pace,
             "screen": self._screen and dataclasses.asdict(self._screen)}))
 
     @classmethod
@@ -121,6 +124,7 @@ class Machine:
         if (self.folder / _STATE).exists():
             stored = json.loads((self.folder / _STATE).read_text())
             self.generation = stored["generation"]
+            self.pace = stored["pace"]
             self._screen = screen.Screen(**stored["screen"]) if stored["screen"] else None
             # It may be; turning a machine on or off twice does no harm.
             self._on = (self.folder / _IS_ON).exists()
@@ -211,7 +215,8 @@ class Machine:
         return self._screen is not None and self._screen.shoot(path)
 
     def _environment(self) -> dict[str, str]:
-        return {"GAPFILL_JOURNAL": "C:\\gapfill.log", **self.variables}
+        return {"GAPFILL_JOURNAL": "C:\\gapfill.log", "GAPFILL_PACE": str(self.pace),
+                **self.variables}
 
     def start(self, *arguments: str, program: str = "Setup.exe") -> subprocess.Popen:
         """Starts a program of the program's folder without waiting for it. The process ends when

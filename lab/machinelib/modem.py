@@ -31,7 +31,7 @@ def described(description: str | pathlib.Path) -> modem_description.Description:
 
 def plug(machine: Machine, description: str | pathlib.Path) -> None:
     """Plugs the modems of a description. They show when the machine is next on."""
-    reg_text = described(description).reg_text()
+    reg_text = described(description).reg_text(machine.pace)
     if not _DRIVER.exists() or not _CONTROL.exists():
         raise layout.LabError(f"the virtual modem is not built: {_DRIVER}")
     shutil.copy2(_DRIVER, machine.prefix / layout.DRIVERS)

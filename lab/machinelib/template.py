@@ -10,18 +10,25 @@ import subprocess
 from . import host, layout, registry
 
 # Changed when what goes into a template changes: an older template is then made anew.
-_MARK = "template 1"
+_MARK = "template 2"
 
 # Wine and the runs rewrite these in place, so a clone needs copies of its own instead of links.
 _OWN_FILES = ("system.reg", "user.reg", "userdef.reg", ".update-timestamp", "wineserver")
 _OWN_FOLDERS = ("drive_c/windows/inf", layout.DRIVERS, "drive_c/windows/temp", "drive_c/users")
 
-# Hardware of the host stays out, no window is needed unless a run wants one, and a window closes
-# at once although no window manager runs.
+# Hardware of the host stays out, as do its network and an event log, which take as long to start as
+# all the rest; no window is needed unless a run wants one, and a window closes at once although no
+# window manager runs.
 _SETTINGS = """
 [HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\winebus]
 "Start"=dword:00000004
 [HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\wineusb]
+"Start"=dword:00000004
+[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\NDIS]
+"Start"=dword:00000004
+[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\nsiproxy]
+"Start"=dword:00000004
+[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\Eventlog]
 "Start"=dword:00000004
 [HKEY_CURRENT_USER\\Software\\Wine\\Drivers]
 "Graphics"="null"

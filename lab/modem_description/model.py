@@ -33,13 +33,13 @@ class Modem:
     scsi_order: bytes = b""
     inquiry: bytes = b""
 
-    def values(self) -> Values:
+    def values(self, pace: int = 1) -> Values:
         return [
             ("StartPersonality", self.start),
             ("PersonalityAfterOrder", self.after_order),
             ("Obeys", int(self.obeys)),
-            ("SwitchDelay", self.switch_delay),
-            ("GoneDelay", self.gone_delay),
+            ("SwitchDelay", self.switch_delay // pace),
+            ("GoneDelay", self.gone_delay // pace),
             ("VendorOrder", self.vendor_order),
             ("ScsiOrder", self.scsi_order),
             ("Inquiry", self.inquiry),
@@ -77,7 +77,7 @@ class Node(Ids):
     never_arrives: bool = False
     refuses_to_open: bool = False
 
-    def values(self) -> Values:
+    def values(self, pace: int = 1) -> Values:
         return [
             ("Class", self.class_name),
             ("ClassGuid", self.known_class_guid),
@@ -88,8 +88,8 @@ class Node(Ids):
             ("Interface", self.interface),
             ("HardwareIds", self.hardware or [self.device]),
             ("CompatibleIds", self.compatible),
-            ("ArrivesAfter", self.arrives_after),
-            ("LeavesAfter", self.leaves_after),
+            ("ArrivesAfter", self.arrives_after // pace),
+            ("LeavesAfter", -(-self.leaves_after // pace)),
             ("NeverArrives", int(self.never_arrives)),
             ("RefusesToOpen", int(self.refuses_to_open)),
         ]
@@ -125,13 +125,13 @@ class Description:
     nodes: list[Node] = dataclasses.field(default_factory=list)
     ghosts: list[Ghost] = dataclasses.field(default_factory=list)
 
-    def reg_text(self) -> str:
+    def reg_text(self, pace: int = 1) -> str:
         """Registry text: the bus driver's service, the ROOT node that makes Wine start it, and
-        everything described here."""
+        everything described here. With a pace all delays are that many times shorter."""
         return registry_text.whole(
             registry_text.driver_keys(self.journal)
-            + [registry_text.parameters("Modem", i, m.values()) for i, m in enumerate(self.modems)]
-            + [registry_text.parameters("Node", i, n.values()) for i, n in enumerate(self.nodes)]
+            + registry_text.parameters("Modem", [modem.values(pace) for modem in self.modems])
+            + registry_text.parameters("Node", [node.values(pace) for node in self.nodes])
             + [registry_text.enum_key(g.instance_id, g.values()) for g in self.ghosts])
 
     def functions(self, personality: int = MODEM) -> list[Node]:

@@ -36,9 +36,10 @@ def driver_keys(journal: str) -> list[Key]:
     ]
 
 
-def parameters(kind: str, number: int, values: Values) -> Key:
-    """What the driver reads about one modem or node."""
-    return f"{SERVICES}\\vmodem\\Parameters\\{kind}{number:02}", values
+def parameters(kind: str, things: list[Values]) -> list[Key]:
+    """What the driver reads about each modem or node."""
+    return [(f"{SERVICES}\\vmodem\\Parameters\\{kind}{number:02}", values)
+            for number, values in enumerate(things)]
 
 
 def enum_key(instance_id: str, values: Values) -> Key:

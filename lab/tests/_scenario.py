@@ -2,6 +2,7 @@
 of the program on it."""
 
 import contextlib
+import os
 import re
 from collections.abc import Iterator
 
@@ -11,20 +12,27 @@ from machinelib.machine import Machine
 from machinelib.setup_folder import Changes
 
 NO_SWITCH = {"SHIFTDEVICE": {"NEEDSHIFTDEVICE": 0}}
+# For tests that do not ask about real time.
+PACE = 5
 QUICK = {"ENUM": {"SCSIRSPTIMEOUT": 0}, "UI": {"NEEDUI": 0}}
 
 
 @contextlib.contextmanager
 def plugged(description: str = "demo", settings: Changes | None = None, generation: str = "WIN7",
-            screen: bool = False) -> Iterator[Machine]:
-    """A machine with the demonstration packet and a described modem, on and settled."""
-    with Machine(generation=generation, wants_screen=screen) as made:
+            screen: bool = False, pace: int = 1) -> Iterator[Machine]:
+    """A machine with the sample packet and a described modem, on and settled."""
+    with Machine(generation=generation, wants_screen=screen, pace=pace) as made:
         setup_folder.furnish(made, "demo")
         setup_folder.settings(made, settings or {})
         modem.plug(made, description)
         made.remember()
         modem.wait_settled(made)
         yield made
+
+
+def amount(usual: int, long: int) -> int:
+    """How often a test repeats itself: `run --long` asks for more."""
+    return long if os.environ.get("LAB_LONG") else usual
 
 
 def changed(*changes: Changes) -> Changes:

@@ -62,7 +62,7 @@ def test_undriven_functions_are_noticed():
     """An installation that ends with success and leaves a plugged function without a driver is told
     apart by its exit status, and the function is named."""
     settings = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
-    with _scenario.plugged("plugged", settings) as on, elsewhere() as folder:
+    with _scenario.plugged("plugged", settings, pace=_scenario.PACE) as on, elsewhere() as folder:
         (on.program / "WIN7" / "ompnet.inf").unlink()
         printed = lab(folder, f"lab/machine run {on.name} -i", 3)
         assert "exit code 1 (success)" in printed, printed
@@ -75,7 +75,8 @@ def test_failed_try_keeps_its_findings():
     gone."""
     with elsewhere() as folder:
         before = set(layout.MACHINES.iterdir())
-        printed = lab(folder, "lab/machine try never-switches --keep findings", 1)
+        printed = lab(folder, f"lab/machine try never-switches --pace {_scenario.PACE} "
+                      "--keep findings", 1)
         assert "exit code 0 (failure)" in printed, printed
         log = pathlib.Path(folder, "findings", "Setup.log").read_text()
         assert "No device matched" in log, log

@@ -7,7 +7,7 @@ import _scenario
 FUNCTION = "USB\\VID_3A9D&PID_9001&"
 
 
-def installed_line(function, inf, folder="WIN7"):
+def installed_line(function: str, inf: str, folder: str = "WIN7") -> str:
     return (f"UpdateInstall: Device {FUNCTION}{function} successfully installed with inf "
             f"C:\\setup\\{folder}\\{inf}.inf,reboot status is 0")
 
@@ -54,9 +54,9 @@ def test_vendor_switch():
         _check.journal_order(on, "order 0x00222190 (0 bytes in, 0 bytes out)", "obeyed: modem 0")
 
 
-def generation(name, folder):
+def generation(name: str, folder: str) -> None:
     settings = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
-    with _scenario.plugged("plugged", settings, name) as on:
+    with _scenario.plugged("plugged", settings, name, pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 1)
         word = "" if name == "UNKNOWN" else name
         _check.in_order(lines, f"GetDriverDir: Get system {word}\tbit 64",

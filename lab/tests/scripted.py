@@ -36,7 +36,7 @@ SETTINGS = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK, {
 def test_operations():
     """Folders, files, copies and deletions, and registry values set, deleted and asked for, are
     done in their order, and a failing one does not stop the run."""
-    with _scenario.plugged("demo", SETTINGS) as on:
+    with _scenario.plugged("demo", SETTINGS, pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 1)
         failed = [line for line in lines if " oper" in line and "fail" in line]
         _check.equal("failed operations", failed, [

@@ -4,9 +4,10 @@ import _check
 import _sample
 import _scenario
 from machinelib import host, modem
+from machinelib.setup_folder import Changes
 
 
-def staged(mode):
+def staged(mode: int) -> Changes:
     return _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK, {"INSTALL": {"MODE": mode}})
 
 
@@ -27,7 +28,7 @@ def test_staged_then_plugged():
 def test_failing_copy_falls_back():
     """With MODE 2 a copy that fails leads to the direct installation; the run still reports that
     the staging failed, and rolls back."""
-    with _scenario.plugged("plugged", staged(2)) as on:
+    with _scenario.plugged("plugged", staged(2), pace=_scenario.PACE) as on:
         on.variables["GAPFILL_COPY"] = "fail:1:5"
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "AutoDeviceMatch: Auto device match finish,total 3 devices matched",
@@ -38,7 +39,7 @@ def test_failing_copy_falls_back():
 
 def test_working_copies_need_no_fallback():
     """With MODE 2 and working copies nothing is installed directly."""
-    with _scenario.plugged("plugged", staged(2)) as on:
+    with _scenario.plugged("plugged", staged(2), pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 1)
         _check.none_begins(lines, "AutoDeviceMatch", "UpdateInstall")
 

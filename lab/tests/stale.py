@@ -4,6 +4,7 @@ import _check
 import _sample
 import _scenario
 from machinelib import layout, modem, registry
+from machinelib.machine import Machine
 
 MARKER = "Omdrel USB Device for Legacy Serial Communication Pexil9s"
 
@@ -22,7 +23,7 @@ CDROM_GHOST = "USB\\VID_3A9D&PID_9011\\OLD"
 STRANGER = "USB\\VID_1234&PID_5678\\STRANGER"
 
 
-def seed_old_install(on):
+def seed_old_install(on: Machine) -> None:
     """An INF copy with its compiled form, a driver file that is read-only, and a service."""
     store = on.prefix / layout.INF_STORE
     old = (on.program / "WIN7" / "ompmodem.inf").read_bytes()
@@ -35,7 +36,7 @@ def seed_old_install(on):
     on.seed(OLD_SERVICE)
 
 
-def left_nodes(on):
+def left_nodes(on: Machine) -> set[str]:
     return {node.instance_id.upper() for node in on.nodes() if not node.present}
 
 
@@ -43,7 +44,7 @@ def test_stale_remains():
     """Ghost nodes, INF copies and driver files of an earlier installation go; a device that now is
     a CD-ROM is marked for reinstallation; an old serial service gets a number; what belongs to
     others stays; and the modem is installed."""
-    with _scenario.plugged("demo", {}) as on:
+    with _scenario.plugged("demo", pace=_scenario.PACE) as on:
         on.off()
         modem.plug(on, "ghosts")
         seed_old_install(on)

@@ -1,10 +1,16 @@
 """The progress window, looked at."""
 
+import pathlib
 import subprocess
+from collections.abc import Iterable
 
 import _check
 import _scenario
 from machinelib import host, layout
+
+Edges = tuple[int, int, int, int]
+# the window's edges, its text's edges, the text's points
+Look = tuple[Edges, Edges, frozenset[tuple[int, int]]]
 
 WIDTH, HEIGHT = 1024, 768
 LANGUAGE = "3,%s,Software\\Omdrel,Language,,1,HKEY_CURRENT_USER"
@@ -12,12 +18,12 @@ SETTINGS = _scenario.changed(_scenario.NO_SWITCH, {
     "UI": {"NEEDUI": 1}, "USERLANG": {"LOCATION": LANGUAGE}, "INSTALL": {"MODE": 3}})
 
 
-def bounds(points):
+def bounds(points: Iterable[tuple[int, int]]) -> Edges:
     columns, rows = [x for x, _ in points], [y for _, y in points]
     return min(columns), min(rows), max(columns), max(rows)
 
 
-def look_at(picture):
+def look_at(picture: pathlib.Path) -> Look:
     """The window's edges, its text's edges, and the text's points, all in screen points."""
     grey = subprocess.run(["convert", str(picture), "-depth", "8", "gray:-"], check=True,
                           capture_output=True).stdout
@@ -31,7 +37,7 @@ def look_at(picture):
     return window, bounds(dark), frozenset(dark)
 
 
-def picture_in(language):
+def picture_in(language: str) -> Look:
     with _scenario.plugged("demo", SETTINGS, screen=True) as on:
         on.place(layout.BUILD / "Lang.ini")
         on.seed("[HKEY_CURRENT_USER\\Software\\Omdrel]\n" f'"Language"="{language}"\n')

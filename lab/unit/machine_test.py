@@ -51,7 +51,7 @@ class Bench(unittest.TestCase):
         folder = self.machines / name
         (folder / "prefix" / "drive_c").mkdir(parents=True)
         (folder / "machine.json").write_text(
-            json.dumps({"generation": "WIN10", "screen": None, **more}))
+            json.dumps({"generation": "WIN10", "pace": 1, "screen": None, **more}))
         return folder
 
 

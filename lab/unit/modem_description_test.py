@@ -173,6 +173,13 @@ class Registry(unittest.TestCase):
         self.assertIn('"ArrivesAfter"=dword:000005dc', text)
         self.assertIn('"ScsiOrder"=hex:11,06', text)
 
+    def test_a_pace_shortens_all_delays_alike(self):
+        text = modem_description.parse(STICK + "leaves-after = 2\n").reg_text(5)
+        self.assertIn('"ArrivesAfter"=dword:0000012c', text)
+        self.assertIn('"GoneDelay"=dword:0000003c', text)
+        # 0 would mean that the node stays.
+        self.assertIn('"LeavesAfter"=dword:00000001', text)
+
     def test_a_ghost_has_a_class_guid_even_without_a_class(self):
         text = modem_description.parse("[ghost]\ndevice = USB\\A\ninstance = 1\n").reg_text()
         ghost = text[text.index("Enum\\USB\\A\\1]"):]

@@ -5,7 +5,11 @@
 static DRIVER_OBJECT* driverObject;
 static DEVICE_OBJECT* bus;
 static DEVICE_OBJECT* plugged[NODE_LIMIT];
+static ULONG leaving; /* unplugged nodes that the system still holds */
 static FAST_MUTEX pluggedLock;
+
+#define ANSWER_TIME 10000 /* milliseconds */
+#define POLL_INTERVAL 2
 
 void PrepareNodes(DRIVER_OBJECT* driver) {
     driverObject = driver;
@@ -59,6 +63,7 @@ void UnplugNode(ULONG node) {
     ExAcquireFastMutex(&pluggedLock);
     if (plugged[node] != NULL) {
         ExtensionOf(plugged[node])->isUnplugged = TRUE;
+        leaving += ExtensionOf(plugged[node])->isHeld;
         plugged[node] = NULL;
         WriteJournal("unplug %S\\%S", nodeDescriptions[node].device,
                      nodeDescriptions[node].instance);
@@ -66,10 +71,71 @@ void UnplugNode(ULONG node) {
     ExReleaseFastMutex(&pluggedLock);
 }
 
+void NodeHasStarted(DEVICE_OBJECT* device) {
+    NodeExtension* const extension = ExtensionOf(device);
+    ExAcquireFastMutex(&pluggedLock);
+    /* It may have been unplugged in the meantime. */
+    leaving += extension->isUnplugged && !extension->isHeld;
+    extension->isSeen = TRUE;
+    extension->isHeld = TRUE;
+    ExReleaseFastMutex(&pluggedLock);
+}
+
+void NodeHasGone(DEVICE_OBJECT* device) {
+    NodeExtension* const extension = ExtensionOf(device);
+    ExAcquireFastMutex(&pluggedLock);
+    /* Zero when the waiting for it was given up. */
+    if (extension->isUnplugged && extension->isHeld && leaving > 0) {
+        --leaving;
+    }
+    extension->isHeld = FALSE;
+    ExReleaseFastMutex(&pluggedLock);
+}
+
+static BOOLEAN SystemHasActed(void) {
+    BOOLEAN acted;
+    ULONG i;
+    ExAcquireFastMutex(&pluggedLock);
+    acted = leaving == 0;
+    for (i = 0; i < NODE_LIMIT; ++i) {
+        acted = acted && (plugged[i] == NULL || ExtensionOf(plugged[i])->isSeen);
+    }
+    ExReleaseFastMutex(&pluggedLock);
+    return acted;
+}
+
+/* What the system has not answered by now is not waited for a second time. */
+static void GiveUp(void) {
+    ULONG i;
+    ExAcquireFastMutex(&pluggedLock);
+    leaving = 0;
+    for (i = 0; i < NODE_LIMIT; ++i) {
+        if (plugged[i] != NULL) {
+            ExtensionOf(plugged[i])->isSeen = TRUE;
+        }
+    }
+    ExReleaseFastMutex(&pluggedLock);
+    WriteJournal("the system has not started or removed all nodes in time");
+}
+
+static void WaitForSystem(void) {
+    LARGE_INTEGER interval;
+    ULONG waited;
+    interval.QuadPart = -10000LL * POLL_INTERVAL;
+    for (waited = 0; !SystemHasActed(); waited += POLL_INTERVAL) {
+        if (waited >= ANSWER_TIME) {
+            GiveUp();
+            return;
+        }
+        KeDelayExecutionThread(KernelMode, FALSE, &interval);
+    }
+}
+
 void AnnounceNodes(void) {
     DEVICE_OBJECT* const below = bus;
     if (below != NULL) {
         IoInvalidateDeviceRelations(below, BusRelations);
+        WaitForSystem();
     }
 }
 

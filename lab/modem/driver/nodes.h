@@ -13,6 +13,8 @@
 typedef struct {
     ULONG node;
     BOOLEAN isUnplugged; /* no longer on the bus; the object lives on until the system lets go */
+    BOOLEAN isSeen;      /* the system has started it once */
+    BOOLEAN isHeld;      /* the system has it, and will remove it when it is unplugged */
     BOOLEAN hasLink;
     UNICODE_STRING link; /* path of its device interface, "\??\USB#VID_...#{...}" */
 } NodeExtension;
@@ -31,9 +33,13 @@ ULONG CountPluggedNodes(ULONG modem);
 void PlugNode(ULONG node);
 /* Nothing happens to a node that is not plugged. */
 void UnplugNode(ULONG node);
-/* Makes the system ask for the list and start or remove what changed; returns when that is done.
- * This includes the installation of a driver from the system's INF store. */
+/* Makes the system ask for the list and start or remove what changed, which it does in a thread of
+ * its own; returns when all of that is done, or after ten seconds. This includes the installation
+ * of a driver from the system's INF store. */
 void AnnounceNodes(void);
+/* What the system says of a node meanwhile, from its own thread. */
+void NodeHasStarted(DEVICE_OBJECT* device);
+void NodeHasGone(DEVICE_OBJECT* device);
 
 /* The answer to the system's question: all plugged nodes, each with a reference for the caller.
  * NULL when memory runs out. */

@@ -51,6 +51,7 @@ static NTSTATUS Start(DEVICE_OBJECT* device, IRP* irp) {
         IoSetDeviceInterfaceState(&extension->link, TRUE);
     }
     WriteJournal("start %S\\%S", node->device, node->instance);
+    NodeHasStarted(device);
     return Complete(irp, STATUS_SUCCESS);
 }
 
@@ -80,6 +81,7 @@ static NTSTATUS Leave(DEVICE_OBJECT* device, IRP* irp) {
 static NTSTATUS Remove(DEVICE_OBJECT* device, IRP* irp) {
     const BOOLEAN isUnplugged = ExtensionOf(device)->isUnplugged;
     const NTSTATUS status = Leave(device, irp);
+    NodeHasGone(device);
     if (isUnplugged) {
         IoDeleteDevice(device);
     }

@@ -35,7 +35,10 @@ rule "no test is switched off" 'doctest::skip|DISABLED_|#if 0\b' src companions 
 rule "lines end in LF and not in blanks" '[[:blank:]]+$|'$'\r' \
     '*.cpp' '*.h' '*.c' '*.py' '*.sh' '*.md' '*.txt' '*.cmake'
 
-python3 scripts/tidy.py build/lint || finding "clang-tidy has findings"
+# How the files are compiled; a configured build tells.
+commands=build/mingw/compile_commands.json
+[[ -f $commands ]] || cmake --preset mingw >/dev/null
+python3 scripts/tidy.py "$commands" build/lint || finding "clang-tidy has findings"
 
 ((findings == 0)) && printf 'lint: no findings in %d files\n' "${#sources[@]}"
 exit "$findings"

@@ -1,28 +1,48 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy over the program and its companions, for the Windows target.
+"""Runs clang-tidy over our C++ for Windows, with the defines and folders that the build uses.
+
+usage: tidy.py <compile_commands.json> <folder of stamps>
 
 A file is looked at again only when something that decides the outcome has changed: the file, one of
-our headers that it includes, the configuration, or the way clang-tidy is called. The stamps of files
-that passed lie in the folder given as the only argument.
+our headers that it includes, the configuration, or the way clang-tidy is called. The stamps folder
+remembers what has passed.
 """
-
+import collections
 import concurrent.futures
+import dataclasses
+import functools
 import hashlib
+import json
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-INCLUDE_FOLDERS = [ROOT / "src", ROOT / "companions"]
 COMPILER = "x86_64-w64-mingw32-g++-win32"
 CONFIGURATION = ROOT / ".clang-tidy"
+LOOKED_AT = ["src/*.cpp", "companions/*.cpp"]
 JOBS = 2
-TOGETHER = 6
+# Most of the time goes into the system's headers, which a group reads once. More than this would
+# keep one core waiting for the other.
+TOGETHER = 26
+# A group is one file for clang-tidy; its parts include the same headers again.
+NOT_IN_GROUPS = "-readability-duplicate-include"
+# The cheapest check there is: what is asked for are the compiler's own errors.
+COMPILE_ONLY = "-*,portability-simd-intrinsics"
 
 
-def compiler_folders():
+@dataclasses.dataclass(frozen=True)
+class Source:
+    """A file and how it is compiled."""
+    path: pathlib.Path
+    call: tuple[str, ...]
+
+
+@functools.cache
+def compiler_folders() -> list[str]:
     """The cross compiler's own include folders, without those that only suit GCC."""
     answer = subprocess.run([COMPILER, "-E", "-v", "-xc++", "/dev/null"], capture_output=True,
                             text=True, check=True).stderr
@@ -32,97 +52,130 @@ def compiler_folders():
             or "/gcc/" not in folder]
 
 
-def arguments():
-    result = ["-std=c++20", "--target=x86_64-w64-windows-gnu", "-nostdinc++", "-Wno-everything"]
+def clang_call(command: str) -> tuple[str, ...]:
+    """What decides about a file's meaning in the command that compiles it, for clang."""
+    result = ["--target=x86_64-w64-windows-gnu", "-nostdinc++", "-Wno-everything"]
     for folder in compiler_folders():
         result += ["-isystem", folder]
-    for folder in INCLUDE_FOLDERS:
-        result.append(f"-I{folder}")
-    for name in ("UNICODE", "_UNICODE", "WIN32_LEAN_AND_MEAN", "NOMINMAX", "WINVER=0x0600",
-                 "_WIN32_WINNT=0x0600"):
-        result.append(f"-D{name}")
-    return result
+    words = iter(shlex.split(command))
+    for word in words:
+        if word == "-isystem":
+            result += [word, next(words)]
+        elif word.startswith(("-D", "-I", "-std=")):
+            result.append(word)
+    return tuple(result)
 
 
-def own_headers(path, seen):
-    """The file and all of our headers that it includes, directly or not."""
+def sources_in(commands_file: pathlib.Path) -> list[Source]:
+    """The files to look at. What is built in two ways is looked at as it is built first."""
+    commands: dict[str, str] = {}
+    for entry in json.loads(commands_file.read_text("utf-8")):
+        commands.setdefault(entry["file"], entry["command"])
+    tracked = subprocess.run(["git", "ls-files", *LOOKED_AT], cwd=ROOT, capture_output=True,
+                             text=True, check=True).stdout.split()
+    paths = [ROOT / name for name in tracked if (ROOT / name).is_file()]
+    unknown = [str(path) for path in paths if str(path) not in commands]
+    if unknown:
+        sys.exit(f"{commands_file} does not tell how to compile {', '.join(unknown)}")
+    return [Source(path, clang_call(commands[str(path)])) for path in paths]
+
+
+def own_headers(path: pathlib.Path, folders: list[pathlib.Path], seen: set[pathlib.Path]) -> None:
+    """Adds the file and all of our headers that it includes, directly or not."""
     if path in seen:
-        return seen
+        return
     seen.add(path)
     for name in re.findall(r'^\s*#\s*include\s+"([^"]+)"', path.read_text("utf-8"), re.M):
-        for folder in [path.parent, *INCLUDE_FOLDERS]:
+        for folder in [path.parent, *folders]:
             if (folder / name).is_file():
-                own_headers((folder / name).resolve(), seen)
+                own_headers((folder / name).resolve(), folders, seen)
                 break
-    return seen
 
 
-def stamp_of(path, common):
-    digest = hashlib.sha256(common)
-    for part in sorted(own_headers(path, set())):
-        digest.update(str(part.relative_to(ROOT)).encode() + b"\0" + part.read_bytes() + b"\0")
+def stamp_of(source: Source) -> str:
+    """A name that changes with whatever decides the outcome."""
+    digest = hashlib.sha256(CONFIGURATION.read_bytes() + "\0".join(source.call).encode())
+    folders = [pathlib.Path(word[2:]) for word in source.call if word.startswith("-I")]
+    files: set[pathlib.Path] = set()
+    own_headers(source.path, folders, files)
+    for file in sorted(files):
+        digest.update(str(file).encode() + b"\0" + file.read_bytes() + b"\0")
     return digest.hexdigest()
 
 
-def tidy(path, call, *options):
-    done = subprocess.run(["clang-tidy", "--quiet", *options, str(path), "--", *call], cwd=ROOT,
-                          capture_output=True, text=True)
+def tidy(path: pathlib.Path, call: tuple[str, ...], *options: str) -> tuple[bool, str]:
+    """Whether nothing was found in the file, and what was."""
+    done = subprocess.run(["clang-tidy", "--quiet", f"--config-file={CONFIGURATION}", *options,
+                           str(path), "--", *call], cwd=ROOT, capture_output=True, text=True)
     # Standard error only counts the warnings of system headers, unless something went wrong.
     return done.returncode == 0, done.stdout + (done.stderr if done.returncode != 0 else "")
 
 
-def look_at_together(paths, call):
-    """True when nothing is found in the files, put behind each other as one: most of the time goes
-    into the system's headers, which are then read once. False may also mean that the files do not go
-    together, for example because two of them have a helper of the same name."""
-    with tempfile.TemporaryDirectory() as folder:
-        joined = pathlib.Path(folder) / "joined.cpp"
-        joined.write_text("".join(path.read_text("utf-8") + "\n" for path in paths), "utf-8")
-        return tidy(joined, [*call, f"-iquote{paths[0].parent}"], f"--config-file={CONFIGURATION}",
-                    "--checks=-readability-duplicate-include")[0]
+def clashing(sources: list[Source]) -> set[pathlib.Path]:
+    """Files of a group that do not compile behind the others, for example because two of them have
+    a helper of the same name."""
+    with tempfile.NamedTemporaryFile("w", suffix=".cpp") as group:
+        group.write("".join(f'#include "{source.path}"\n' for source in sources))
+        group.flush()
+        _, text = tidy(pathlib.Path(group.name), sources[0].call, f"--checks={COMPILE_ONLY}")
+    paths = {source.path for source in sources}
+    return {pathlib.Path(name) for name in re.findall(r"^(\S+?):\d+:\d+: error:", text, re.M)
+            } & paths
 
 
-def look_at(paths, call):
-    """{file: what was found, or None} for files of one folder."""
-    if ROOT / "companions" in paths[0].parents:
-        call = [*call, "-DSETUP_BUILDS_COMPANION"]
-    if len(paths) > 1 and look_at_together(paths, call):
-        return {path: None for path in paths}
-    results = {path: tidy(path, call) for path in paths}
-    return {path: None if passed else text for path, (passed, text) in results.items()}
+def passes_together(sources: list[Source]) -> bool:
+    """Whether nothing is found in the files, put behind each other as one."""
+    with tempfile.NamedTemporaryFile("w", suffix=".cpp") as group:
+        group.write("".join(source.path.read_text("utf-8") + "\n" for source in sources))
+        group.flush()
+        folders = dict.fromkeys(f"-iquote{source.path.parent}" for source in sources)
+        return tidy(pathlib.Path(group.name), (*sources[0].call, *folders),
+                    f"--checks={NOT_IN_GROUPS}")[0]
 
 
-def groups(paths):
-    """The files of each folder in groups of a few."""
-    by_folder = {}
-    for path in paths:
-        by_folder.setdefault(path.parent, []).append(path)
-    return [files[i:i + TOGETHER] for files in by_folder.values()
-            for i in range(0, len(files), TOGETHER)]
+def look_at(sources: list[Source]) -> dict[pathlib.Path, str]:
+    """{file: what was found, empty for nothing} for files that are compiled in the same way."""
+    if len(sources) == 1:
+        passed, text = tidy(sources[0].path, sources[0].call)
+        return {sources[0].path: "" if passed else text or "clang-tidy failed\n"}
+    apart = clashing(sources)
+    rest = [source for source in sources if source.path not in apart]
+    if apart and rest:
+        return look_at(rest) | look_at([source for source in sources if source.path in apart])
+    if passes_together(sources):
+        return {source.path: "" for source in sources}
+    middle = len(sources) // 2
+    return look_at(sources[:middle]) | look_at(sources[middle:])
 
 
-def main():
-    stamps = pathlib.Path(sys.argv[1])
+def groups(sources: list[Source]) -> list[list[Source]]:
+    """The files that are compiled in the same way, in groups of a bearable size, the large first."""
+    alike = collections.defaultdict(list)
+    for source in sources:
+        alike[source.call].append(source)
+    parts = [files[i:i + TOGETHER] for files in alike.values()
+             for i in range(0, len(files), TOGETHER)]
+    return sorted(parts, key=len, reverse=True)
+
+
+def main() -> int:
+    commands_file, stamps = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
     stamps.mkdir(parents=True, exist_ok=True)
-    call = arguments()
-    common = CONFIGURATION.read_bytes() + "\0".join(call).encode()
-    tracked = subprocess.run(["git", "ls-files", "src/*.cpp", "companions/*.cpp"], cwd=ROOT,
-                             capture_output=True, text=True, check=True).stdout.split()
-    files = [ROOT / name for name in tracked if (ROOT / name).is_file()]
-    keys = {path: stamps / stamp_of(path, common) for path in files}
-    due = [path for path in files if not keys[path].exists()]
+    sources = sources_in(commands_file)
+    keys = {source.path: stamps / stamp_of(source) for source in sources}
+    due = [source for source in sources if not keys[source.path].exists()]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
-        for found in pool.map(lambda paths: look_at(paths, call), groups(due)):
+        for found in pool.map(look_at, groups(due)):
             for path, text in found.items():
-                if text is None:
-                    keys[path].touch()
-                else:
+                if text:
                     failed += 1
                     print(text)
+                else:
+                    keys[path].touch()
     for old in set(stamps.iterdir()) - set(keys.values()):
         old.unlink()
-    print(f"clang-tidy: {len(files)} files, {len(due)} looked at, {failed} with findings")
+    print(f"clang-tidy: {len(sources)} files, {len(due)} looked at, {failed} with findings")
     return 1 if failed else 0
 
 

@@ -8,31 +8,31 @@
 namespace quenlor {
 namespace {
 
-constexpr wchar_t kLogName[] = L"Setup.log";
-constexpr DWORD kPathLength = MAX_PATH;
+constexpr wchar_t LogName[] = L"Setup.log";
+constexpr DWORD PathLength = MAX_PATH;
 
 // Puts the log's name behind the last backslash of `path`. False when it does not fit.
 bool ReplaceFileName(wchar_t* path) {
     wchar_t* const backslash = std::wcsrchr(path, L'\\');
     wchar_t* const name = backslash == nullptr ? path : backslash + 1;
-    if (static_cast<std::size_t>(name - path) + std::size(kLogName) > kPathLength) {
+    if (static_cast<std::size_t>(name - path) + std::size(LogName) > PathLength) {
         return false;
     }
-    std::wmemcpy(name, kLogName, std::size(kLogName));
+    std::wmemcpy(name, LogName, std::size(LogName));
     return true;
 }
 
 bool AppendBesideExecutable(const char* bytes, std::size_t size) {
-    wchar_t path[kPathLength];
-    const DWORD length = GetModuleFileNameW(nullptr, path, kPathLength);
-    return length != 0 && length < kPathLength && ReplaceFileName(path) &&
+    wchar_t path[PathLength];
+    const DWORD length = GetModuleFileNameW(nullptr, path, PathLength);
+    return length != 0 && length < PathLength && ReplaceFileName(path) &&
            AppendToFile(path, bytes, size);
 }
 
 bool AppendInTempFolder(const char* bytes, std::size_t size) {
-    wchar_t path[kPathLength];
-    const DWORD length = GetTempPathW(kPathLength, path);
-    return length != 0 && length < kPathLength && ReplaceFileName(path) &&
+    wchar_t path[PathLength];
+    const DWORD length = GetTempPathW(PathLength, path);
+    return length != 0 && length < PathLength && ReplaceFileName(path) &&
            AppendToFile(path, bytes, size);
 }
 
@@ -51,12 +51,12 @@ private:
 
 // Made while the library is loaded, when there is no second thread yet; lives until the process
 // ends.
-const HANDLE appendMutex = CreateMutexW(nullptr, FALSE, nullptr);
+const HANDLE AppendMutex = CreateMutexW(nullptr, FALSE, nullptr);
 
 } // namespace
 
 bool AppendToFile(const wchar_t* path, const char* bytes, std::size_t size) {
-    const AppendTurn turn(appendMutex);
+    const AppendTurn turn(AppendMutex);
     // FILE_APPEND_DATA without FILE_WRITE_DATA: the system moves to the end and writes in one step.
     // Opened for each line, so that nothing waits in a buffer when the process dies, and so that
     // the file can be read, moved away or deleted in the middle of a run.

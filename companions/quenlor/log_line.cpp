@@ -3,13 +3,13 @@
 namespace quenlor {
 namespace {
 
-constexpr std::size_t kFrontBytes = sizeof("2024-12-31 23:59:59.999 0x12345678 ") - 1;
-constexpr std::size_t kLineEndBytes = 2;
-constexpr char32_t kReplacement = 0xFFFD;
+constexpr std::size_t FrontBytes = sizeof("2024-12-31 23:59:59.999 0x12345678 ") - 1;
+constexpr std::size_t LineEndBytes = 2;
+constexpr char32_t Replacement = 0xFFFD;
 
 struct Character {
-    char32_t code;
-    std::size_t units; // how many UTF-16 units it took
+    char32_t Code;
+    std::size_t Units; // how many UTF-16 units it took
 };
 
 bool IsFirstHalf(char32_t unit) {
@@ -27,11 +27,11 @@ char32_t UnitAt(const wchar_t* text, std::size_t index) {
 Character CharacterAt(const wchar_t* text, std::size_t length, std::size_t index) {
     const char32_t unit = UnitAt(text, index);
     if (!IsFirstHalf(unit)) {
-        return {IsSecondHalf(unit) ? kReplacement : unit, 1};
+        return {IsSecondHalf(unit) ? Replacement : unit, 1};
     }
     const char32_t next = index + 1 < length ? UnitAt(text, index + 1) : 0;
     if (!IsSecondHalf(next)) {
-        return {kReplacement, 1};
+        return {Replacement, 1};
     }
     return {0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00), 2};
 }
@@ -47,12 +47,12 @@ std::size_t Utf8Size(char32_t code) {
 }
 
 void PutUtf8(char32_t code, std::size_t size, char* to) {
-    static constexpr unsigned kLead[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
+    static constexpr unsigned Lead[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
     for (std::size_t i = size - 1; i > 0; --i) {
         to[i] = static_cast<char>(0x80U | (code & 0x3FU));
         code >>= 6;
     }
-    to[0] = static_cast<char>(kLead[size] | code);
+    to[0] = static_cast<char>(Lead[size] | code);
 }
 
 // By hand: the compiler's narrow printf would double the size of the library.
@@ -66,16 +66,16 @@ char* PutNumber(char* to, unsigned long value, unsigned base, int digits, char a
 }
 
 void PutFront(const LineOrigin& origin, char* to) {
-    to = PutNumber(to, origin.year, 10, 4, '-');
-    to = PutNumber(to, origin.month, 10, 2, '-');
-    to = PutNumber(to, origin.day, 10, 2, ' ');
-    to = PutNumber(to, origin.hour, 10, 2, ':');
-    to = PutNumber(to, origin.minute, 10, 2, ':');
-    to = PutNumber(to, origin.second, 10, 2, '.');
-    to = PutNumber(to, origin.millisecond, 10, 3, ' ');
+    to = PutNumber(to, origin.Year, 10, 4, '-');
+    to = PutNumber(to, origin.Month, 10, 2, '-');
+    to = PutNumber(to, origin.Day, 10, 2, ' ');
+    to = PutNumber(to, origin.Hour, 10, 2, ':');
+    to = PutNumber(to, origin.Minute, 10, 2, ':');
+    to = PutNumber(to, origin.Second, 10, 2, '.');
+    to = PutNumber(to, origin.Millisecond, 10, 3, ' ');
     *to++ = '0';
     *to++ = 'x';
-    PutNumber(to, origin.threadId, 16, 8, ' ');
+    PutNumber(to, origin.ThreadId, 16, 8, ' ');
 }
 
 } // namespace
@@ -86,20 +86,20 @@ std::size_t WholeCharacters(const wchar_t* text, std::size_t length) {
 
 std::size_t MakeLine(const LineOrigin& origin, const wchar_t* text, std::size_t length, char* line,
                      std::size_t capacity) {
-    if (capacity < kFrontBytes + kLineEndBytes) {
+    if (capacity < FrontBytes + LineEndBytes) {
         return 0;
     }
     PutFront(origin, line);
-    std::size_t used = kFrontBytes;
+    std::size_t used = FrontBytes;
     for (std::size_t i = 0; i < length;) {
         const Character character = CharacterAt(text, length, i);
-        const std::size_t size = Utf8Size(character.code);
-        if (used + size + kLineEndBytes > capacity) {
+        const std::size_t size = Utf8Size(character.Code);
+        if (used + size + LineEndBytes > capacity) {
             break;
         }
-        PutUtf8(character.code, size, line + used);
+        PutUtf8(character.Code, size, line + used);
         used += size;
-        i += character.units;
+        i += character.Units;
     }
     line[used++] = '\r';
     line[used++] = '\n';

@@ -7,14 +7,14 @@
 namespace quenlor {
 
 // Longest text of one line in UTF-16 units; what is longer is cut.
-constexpr std::size_t kMaxTextLength = 4096;
+constexpr std::size_t MaxTextLength = 4096;
 // Room for the front part, the longest text (at most three bytes per unit) and the line end.
-constexpr std::size_t kMaxLineBytes = 64 + 3 * kMaxTextLength;
+constexpr std::size_t MaxLineBytes = 64 + 3 * MaxTextLength;
 
 // Local time and thread of a line.
 struct LineOrigin {
-    unsigned year, month, day, hour, minute, second, millisecond;
-    unsigned long threadId;
+    unsigned Year, Month, Day, Hour, Minute, Second, Millisecond;
+    unsigned long ThreadId;
 };
 
 // `length` without the first half of a surrogate pair whose second half was cut off.

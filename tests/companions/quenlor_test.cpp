@@ -12,13 +12,13 @@
 
 namespace {
 
-constexpr quenlor::LineOrigin kOrigin = {2024, 2, 3, 4, 5, 6, 7, 0x1A2B};
-const std::string kFront = "2024-02-03 04:05:06.007 0x00001A2B ";
+constexpr quenlor::LineOrigin Origin = {2024, 2, 3, 4, 5, 6, 7, 0x1A2B};
+const std::string Front = "2024-02-03 04:05:06.007 0x00001A2B ";
 
-std::string Line(const std::wstring& text, std::size_t capacity = quenlor::kMaxLineBytes) {
+std::string Line(const std::wstring& text, std::size_t capacity = quenlor::MaxLineBytes) {
     std::vector<char> bytes(capacity);
     const std::size_t size =
-        quenlor::MakeLine(kOrigin, text.data(), text.size(), bytes.data(), capacity);
+        quenlor::MakeLine(Origin, text.data(), text.size(), bytes.data(), capacity);
     return std::string(bytes.data(), size);
 }
 
@@ -67,7 +67,7 @@ struct Writer {
     char letter;
 };
 
-constexpr int kLinesPerThread = 1000;
+constexpr int LinesPerThread = 1000;
 
 std::string WrittenBy(char letter, int number) {
     return std::string(static_cast<std::size_t>(20 + number % 300), letter);
@@ -75,7 +75,7 @@ std::string WrittenBy(char letter, int number) {
 
 DWORD WINAPI WriteLines(void* parameter) {
     const Writer& writer = *static_cast<Writer*>(parameter);
-    for (int i = 0; i < kLinesPerThread; ++i) {
+    for (int i = 0; i < LinesPerThread; ++i) {
         const std::string line = WrittenBy(writer.letter, i) + "\r\n";
         if (!quenlor::AppendToFile(writer.path, line.data(), line.size())) {
             return 1;
@@ -104,7 +104,7 @@ public:
     // What was logged, without the front part, whose length never changes.
     [[nodiscard]] std::string Logged() const {
         const std::string content = Content(path_);
-        return content.size() > kFront.size() ? content.substr(kFront.size()) : content;
+        return content.size() > Front.size() ? content.substr(Front.size()) : content;
     }
 
 private:
@@ -118,36 +118,36 @@ public:
 } // namespace
 
 TEST_CASE("A line begins with date, time to the millisecond and thread, and ends in CR LF") {
-    CHECK(Line(L"UpdateInstall: done") == kFront + "UpdateInstall: done\r\n");
-    CHECK(Line(L"") == kFront + "\r\n");
+    CHECK(Line(L"UpdateInstall: done") == Front + "UpdateInstall: done\r\n");
+    CHECK(Line(L"") == Front + "\r\n");
 }
 
 TEST_CASE("Line breaks and tabs inside a text are kept") {
-    CHECK(Line(L"a:\n b\tc\n") == kFront + "a:\n b\tc\n\r\n");
+    CHECK(Line(L"a:\n b\tc\n") == Front + "a:\n b\tc\n\r\n");
 }
 
 TEST_CASE("Texts become UTF-8, with one, two, three and four bytes to a character") {
-    CHECK(Line(L"z\u00DF\u20AC\U0001F600") == kFront + "z\xC3\x9F\xE2\x82\xAC\xF0\x9F\x98\x80\r\n");
+    CHECK(Line(L"z\u00DF\u20AC\U0001F600") == Front + "z\xC3\x9F\xE2\x82\xAC\xF0\x9F\x98\x80\r\n");
 }
 
 TEST_CASE("Half a surrogate pair becomes the replacement character") {
     const std::string replacement = "\xEF\xBF\xBD";
-    CHECK(Line(std::wstring(1, wchar_t{0xD83D}) + L"x") == kFront + replacement + "x\r\n");
-    CHECK(Line(std::wstring(1, wchar_t{0xDE00}) + L"x") == kFront + replacement + "x\r\n");
-    CHECK(Line(L"x" + std::wstring(1, wchar_t{0xD83D})) == kFront + "x" + replacement + "\r\n");
+    CHECK(Line(std::wstring(1, wchar_t{0xD83D}) + L"x") == Front + replacement + "x\r\n");
+    CHECK(Line(std::wstring(1, wchar_t{0xDE00}) + L"x") == Front + replacement + "x\r\n");
+    CHECK(Line(L"x" + std::wstring(1, wchar_t{0xD83D})) == Front + "x" + replacement + "\r\n");
 }
 
 TEST_CASE("A line that does not fit is cut at a whole character and still ends in CR LF") {
-    const std::size_t front = kFront.size();
-    CHECK(Line(L"ab\u20ACc", front + 2 + 5) == kFront + "ab\xE2\x82\xAC\r\n");
-    CHECK(Line(L"ab\u20ACc", front + 2 + 4) == kFront + "ab\r\n");
-    CHECK(Line(L"ab", front + 2) == kFront + "\r\n");
+    const std::size_t front = Front.size();
+    CHECK(Line(L"ab\u20ACc", front + 2 + 5) == Front + "ab\xE2\x82\xAC\r\n");
+    CHECK(Line(L"ab\u20ACc", front + 2 + 4) == Front + "ab\r\n");
+    CHECK(Line(L"ab", front + 2) == Front + "\r\n");
     CHECK(Line(L"ab", front + 1).empty());
 }
 
 TEST_CASE("The longest text fits its line, whatever its characters are") {
-    const std::wstring text(quenlor::kMaxTextLength, L'\u20AC');
-    CHECK(Line(text).size() == kFront.size() + 3 * text.size() + 2);
+    const std::wstring text(quenlor::MaxTextLength, L'\u20AC');
+    CHECK(Line(text).size() == Front.size() + 3 * text.size() + 2);
 }
 
 TEST_CASE("Cutting a text never leaves the first half of a surrogate pair at its end") {
@@ -194,7 +194,7 @@ TEST_CASE("Lines that several threads write at once are neither mixed nor lost")
     }
     CHECK(wrong == 0);
     for (const Writer& writer : writers) {
-        CHECK(next[writer.letter] == kLinesPerThread);
+        CHECK(next[writer.letter] == LinesPerThread);
     }
 }
 
@@ -210,15 +210,15 @@ TEST_CASE("WriteLog takes a plain %s as a wide string and leaves the last error 
 TEST_CASE("WriteLog cuts a text that is longer than its buffer") {
     const BuiltLibrary library;
     REQUIRE(library.IsLoaded());
-    const std::wstring longest(quenlor::kMaxTextLength, L'x');
+    const std::wstring longest(quenlor::MaxTextLength, L'x');
     library.writeLog(L"%s%s", longest.c_str(), L"yyyy");
-    CHECK(library.Logged() == std::string(quenlor::kMaxTextLength, 'x') + "\r\n");
+    CHECK(library.Logged() == std::string(quenlor::MaxTextLength, 'x') + "\r\n");
 }
 
 TEST_CASE("WriteLog cuts in front of a surrogate pair that does not fit as a whole") {
     const BuiltLibrary library;
     REQUIRE(library.IsLoaded());
-    const std::wstring almost(quenlor::kMaxTextLength - 1, L'x');
+    const std::wstring almost(quenlor::MaxTextLength - 1, L'x');
     library.writeLog(L"%s%s", almost.c_str(), L"\U0001F600");
-    CHECK(library.Logged() == std::string(quenlor::kMaxTextLength - 1, 'x') + "\r\n");
+    CHECK(library.Logged() == std::string(quenlor::MaxTextLength - 1, 'x') + "\r\n");
 }

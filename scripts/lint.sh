@@ -35,6 +35,8 @@ rule "no test is switched off" 'doctest::skip|DISABLED_|#if 0\b' src companions 
 rule "lines end in LF and not in blanks" '[[:blank:]]+$|'$'\r' \
     '*.cpp' '*.h' '*.c' '*.py' '*.sh' '*.md' '*.txt' '*.cmake'
 
+python3 scripts/rooms.py || finding "the includes above go against the order of the rooms"
+
 # How the files are compiled; a configured build tells.
 commands=build/mingw/compile_commands.json
 [[ -f $commands ]] || cmake --preset mingw >/dev/null

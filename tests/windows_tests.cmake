@@ -21,25 +21,7 @@ file(GLOB_RECURSE machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/
 add_library(setup_machine STATIC ${machine_sources})
 setup_tests_options(setup_machine)
 
-# under_test(suffix): copies of both libraries of the program with renamed imports.
-function(under_test suffix)
-    foreach(library setup_core${suffix} setup_pure${suffix})
-        set(renamed ${CMAKE_CURRENT_BINARY_DIR}/lib${library}_under_test.a)
-        add_custom_command(
-            OUTPUT ${renamed}
-            COMMAND ${CMAKE_COMMAND} -DLIBRARY=$<TARGET_FILE:${library}>
-                    -DMACHINE=$<TARGET_FILE:setup_machine> -DRENAMED=${renamed}
-                    -DNM=${CMAKE_NM} -DOBJCOPY=${CMAKE_OBJCOPY} -DCOMPILER=${CMAKE_CXX_COMPILER}
-                    -P ${CMAKE_CURRENT_SOURCE_DIR}/rename_imports.cmake
-            DEPENDS ${library} setup_machine $<TARGET_FILE:${library}> $<TARGET_FILE:setup_machine>
-                    ${CMAKE_CURRENT_SOURCE_DIR}/rename_imports.cmake
-            COMMENT "Leading the imports of ${library} to the simulated machine"
-            VERBATIM)
-        list(APPEND copies ${renamed})
-    endforeach()
-    add_custom_target(under_test${suffix} DEPENDS ${copies})
-    set_target_properties(under_test${suffix} PROPERTIES COPIES "${copies}")
-endfunction()
+include(${CMAKE_SOURCE_DIR}/cmake/rename_imports_of.cmake)
 
 # Links a test program with the renamed libraries and the machine. The program's objects come first
 # and whole: of an inline function that a test shares with them (a handle's owner, say), the linker
@@ -88,7 +70,7 @@ target_include_directories(setup_test_objects SYSTEM PUBLIC ${CMAKE_CURRENT_BINA
 target_include_directories(setup_test_objects PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
 
 foreach(suffix IN ITEMS "" ${checked})
-    under_test("${suffix}")
+    rename_imports_of(under_test${suffix} setup_machine under_test "${suffix}")
     add_executable(setup_tests${suffix} ${memory_sources})
     # Some tests read what is built beside them.
     add_dependencies(setup_tests${suffix} Setup Quenlor64)

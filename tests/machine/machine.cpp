@@ -1,6 +1,7 @@
 #include "machine/machine.h"
 
 #include "machine/guarded_memory.h"
+#include "machine/inf_files.h"
 #include "machine/sandbox.h"
 #include "machine/state.h"
 #include "machine/text.h"
@@ -147,6 +148,8 @@ void Machine::SetListingOrder(const std::wstring& folder, const WideTexts& names
     state_->ListingOrders[Lower(folder.back() == L'\\' ? folder : folder + L"\\")] = names;
 }
 std::wstring Machine::RealPath(const std::wstring& path) const {
+    // Whoever asks may change what is there.
+    ForgetAllInfs();
     return machine::RealPath(*state_, path);
 }
 

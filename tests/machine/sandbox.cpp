@@ -1,5 +1,6 @@
 #include "machine/sandbox.h"
 
+#include "machine/inf_files.h"
 #include "machine/text.h"
 
 #include <algorithm>
@@ -82,6 +83,7 @@ void MakeSandbox(State& state) {
 }
 
 void RemoveSandbox(State& state) {
+    ForgetAllInfs();
     RemoveRealTree(state.Sandbox);
     DeleteRegistryTree(HKEY_CURRENT_USER, state.RegistryRoot);
 }
@@ -114,6 +116,7 @@ void MakeFolders(const State& state, std::wstring_view folder) {
 
 void WriteBytes(const State& state, const std::wstring& path, std::string_view bytes) {
     const std::wstring real = RealPath(state, path);
+    ForgetInf(real);
     const auto create = [&real] {
         return CreateFileW(real.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                            FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -157,6 +160,7 @@ bool Exists(const State& state, const std::wstring& path) {
 
 void RemoveFile(const State& state, const std::wstring& path) {
     const std::wstring real = RealPath(state, path);
+    ForgetInf(real);
     SetFileAttributesW(real.c_str(), FILE_ATTRIBUTE_NORMAL);
     DeleteFileW(real.c_str());
 }

@@ -1,5 +1,6 @@
 // Files, folders, and device interfaces opened as files.
 #include "machine/call.h"
+#include "machine/inf_files.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -61,6 +62,7 @@ HANDLE WINAPI HookCreateFileW(LPCWSTR path, DWORD access, DWORD share,
     if (IsLocked(call.Inside(), path)) {
         return call.Fail(INVALID_HANDLE_VALUE, ERROR_SHARING_VIOLATION);
     }
+    ForgetInf(RealPath(call.Inside(), path));
     HANDLE file = call.Real(CreateFileW(RealPath(call.Inside(), path).c_str(), access, share,
                                         security, disposition, flags, pattern));
     return file == INVALID_HANDLE_VALUE ? file : call.Inside().Handles.Open(Kind::File, file);
@@ -139,6 +141,7 @@ BOOL WINAPI HookCopyFileW(LPCWSTR source, LPCWSTR target, BOOL failIfExists) {
     if (IsLocked(call.Inside(), target)) {
         return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
     }
+    ForgetInf(RealPath(call.Inside(), target));
     return call.Real(CopyFileW(RealPath(call.Inside(), source).c_str(),
                                RealPath(call.Inside(), target).c_str(), failIfExists));
 }
@@ -152,6 +155,7 @@ BOOL WINAPI HookDeleteFileW(LPCWSTR path) {
         return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
     }
     const std::wstring real = RealPath(call.Inside(), path);
+    ForgetInf(real);
     const DWORD attributes = GetFileAttributesW(real.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES &&
         (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0) {

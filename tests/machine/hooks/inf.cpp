@@ -1,5 +1,6 @@
 // The INF parser: the system's own, on the sandbox's files.
 #include "machine/call.h"
+#include "machine/inf_files.h"
 #include "machine/sandbox.h"
 
 namespace {
@@ -28,8 +29,7 @@ BOOL WINAPI HookSetupGetInfInformationW(LPCVOID path, DWORD control, PSP_INF_INF
         Misuse(call.Inside(), "SetupGetInfInformationW with a search control the machine lacks");
         return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
     }
-    return call.Real(SetupGetInfInformationW(RealPath(call.Inside(), name).c_str(), control, result,
-                                             size, needed));
+    return call.Real(InfInformation(RealPath(call.Inside(), name), result, size, needed));
 }
 
 HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUINT errorLine) {
@@ -37,8 +37,7 @@ HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUI
     if (call.Fails()) {
         return INVALID_HANDLE_VALUE;
     }
-    HINF inf = call.Real(
-        SetupOpenInfFileW(RealPath(call.Inside(), path).c_str(), infClass, style, errorLine));
+    HINF inf = call.Real(OpenInf(RealPath(call.Inside(), path), infClass, style, errorLine));
     return inf == INVALID_HANDLE_VALUE ? inf : call.Inside().Handles.Open(Kind::Inf, inf);
 }
 
@@ -53,7 +52,6 @@ VOID WINAPI HookSetupCloseInfFile(HINF inf) {
         Misuse(state, "SetupCloseInfFile on " + state.Handles.Name(inf));
         return;
     }
-    SetupCloseInfFile(open->Real);
     state.Handles.Close(inf);
 }
 

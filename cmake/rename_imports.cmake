@@ -1,7 +1,7 @@
-# Copies LIBRARY to RENAMED with every reference to a function that the machine simulates led to the
-# machine: `__imp_X` becomes `fake_X` (the machine's pointer to its own X), a plain `X` that was
-# compiled without dllimport becomes `direct_X` (a jump through that pointer). Fails when the
-# library imports a function that the machine does not know: such a call would reach the real system.
+# Copies LIBRARY to RENAMED with every reference to a function that the library MACHINE stands in for
+# led there: `__imp_X` becomes `fake_X` (a pointer to its own X), a plain `X` that was compiled
+# without dllimport becomes `direct_X` (a jump through that pointer). Fails when LIBRARY imports a
+# function that MACHINE does not know: such a call would reach the real system.
 cmake_minimum_required(VERSION 3.25)
 
 # Nothing of these must be simulated: the last error, "this process", text conversion.
@@ -56,9 +56,9 @@ endforeach()
 if(unknown)
     list(JOIN unknown "\n    " names)
     message(FATAL_ERROR
-        "The simulated machine does not know these functions that the program calls:\n    ${names}\n"
-        "Write hooks for them in tests/machine/ (or, when nothing of them must be simulated, name "
-        "them in tests/rename_imports.cmake).")
+        "${MACHINE} does not know these functions that the program calls:\n    ${names}\n"
+        "Write hooks for them in tests/machine/ and stand-ins in tools/packetcheck/rehearsal/ (or, "
+        "when the real ones may be called, name them in cmake/rename_imports.cmake).")
 endif()
 
 file(WRITE ${RENAMED}.map "${map}")

@@ -1,0 +1,44 @@
+#include "commands/arguments.h"
+
+#include "commands/plan_command.h"
+#include "output/terminal.h"
+
+#include <CLI/CLI.hpp>
+
+namespace commands {
+
+namespace {
+
+CLI::App* AddPlan(CLI::App& app, PlanOptions& options) {
+    CLI::App* const plan = app.add_subcommand("plan", "What a run will do with the packet");
+    plan->add_option("folder", options.Folders, "Folder with Setup.ini and the packet's folders")
+        ->required();
+    auto* const install = plan->add_flag("-i,--install", options.Install, "an install (default)");
+    plan->add_flag("-u,--uninstall", options.Uninstall, "an uninstall")->excludes(install);
+    plan->add_option("--generation", options.Generation,
+                     "WIN10, WIN7, VISTA, WINXP, UNKNOWN or all; the packet's newest unless given");
+    plan->add_option("--at", options.At, "folder that the packet will be installed from");
+    plan->add_option("--html", options.HtmlFile, "write a page to this file");
+    plan->add_option("--json", options.JsonFile, "write the plan as data to this file");
+    return plan;
+}
+
+} // namespace
+
+int Run(std::vector<std::string> arguments) {
+    CLI::App app("Says what a driver packet will do before it ships, and what a run did.",
+                 "PacketCheck");
+    app.require_subcommand(1);
+    PlanOptions planOptions;
+    const CLI::App* const plan = AddPlan(app, planOptions);
+    // The parser takes them from the end.
+    std::reverse(arguments.begin(), arguments.end());
+    try {
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? NothingFound : WrongUse;
+    }
+    return plan->parsed() ? RunPlan(planOptions) : WrongUse;
+}
+
+} // namespace commands

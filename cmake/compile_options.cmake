@@ -35,5 +35,10 @@ function(setup_check_itself target)
     target_compile_options(${target} PRIVATE
         -fsanitize=undefined -fsanitize-undefined-trap-on-error -fstack-protector-strong)
     target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
-    target_link_libraries(${target} PUBLIC ssp)
+    # Some tool chains have the stack protector in a library of its own, others with the rest.
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libssp.a
+                    OUTPUT_VARIABLE ssp OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(EXISTS "${ssp}")
+        target_link_libraries(${target} PUBLIC ssp)
+    endif()
 endfunction()

@@ -136,8 +136,8 @@ bool Scheduler::Wait(const std::string& what, const std::function<bool()>& condi
 }
 
 void Scheduler::Sleep(const std::string& what, std::uint32_t milliseconds) {
-    Wait(
-        what, [] { return false; }, clock_ + milliseconds);
+    const auto never = [] { return false; };
+    Wait(what, never, clock_ + milliseconds);
     if (clock_ > TimeBudget) {
         throw StepBudgetExceeded{what};
     }
@@ -242,8 +242,8 @@ int Scheduler::Running() const {
 
 void Scheduler::LetAllFinish() {
     try {
-        Wait(
-            "LetThreadsFinish", [this] { return Running() == 0; }, std::nullopt);
+        const auto allFinished = [this] { return Running() == 0; };
+        Wait("LetThreadsFinish", allFinished, std::nullopt);
     } catch (const WaitNeverEnds&) {
         // Those that are left wait for ever.
     }
@@ -256,8 +256,8 @@ void Scheduler::EndAll() {
         threads_[index]->Abandoned = true;
     }
     if (Running() != 0) {
-        Wait(
-            "EndThreads", [this] { return Running() == 0; }, std::nullopt);
+        const auto allEnded = [this] { return Running() == 0; };
+        Wait("EndThreads", allEnded, std::nullopt);
     }
 }
 

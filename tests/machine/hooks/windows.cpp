@@ -60,8 +60,8 @@ INT_PTR WINAPI HookDialogBoxParamW(HINSTANCE, LPCWSTR resource, HWND owner, DLGP
         WS_EX_TOPMOST | WS_EX_TOOLWINDOW | WS_EX_STATICEDGE;
     procedure(dialog, WM_INITDIALOG, 0, parameter);
     // A modal dialog lives until somebody ends it; nobody does.
-    state.Threads.Wait(
-        "DialogBoxParamW", [] { return false; }, std::nullopt);
+    const auto ended = [] { return false; };
+    state.Threads.Wait("DialogBoxParamW", ended, std::nullopt);
     return 0;
 }
 

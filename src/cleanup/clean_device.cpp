@@ -3,6 +3,9 @@
 #include "common/limits.h"
 #include "common/run_state.h"
 #include "install/devices/device_ids.h"
+#include "install/devices/device_nodes.h"
+#include "install/devices/device_removal.h"
+#include "install/devices/device_walk.h"
 
 namespace {
 
@@ -48,7 +51,7 @@ void DealByClass(HDEVINFO set, SP_DEVINFO_DATA& device, const std::wstring& full
 }
 
 bool Matches(const std::wstring& listedId, const std::wstring& deviceId) {
-    return SetupMode != 0 && UpperCase(Cut(listedId, DeviceIdCapacity)) == deviceId;
+    return SetupMode != UninstallRun && UpperCase(Cut(listedId, DeviceIdCapacity)) == deviceId;
 }
 
 void VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const std::wstring& className,
@@ -63,11 +66,11 @@ void VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const std::wstring& clas
             RemoveStaleDevice(set, device, fullId);
             return;
         }
-        if (SetupMode != 0) {
+        if (SetupMode != UninstallRun) {
             DealByClass(set, device, fullId, className);
             return;
         }
-        // Not reached while the mode stays as it is during a cleanup; the rule for any other mode.
+        // Not reached: nothing matches outside an install run.
         WriteLog(L"CleanDevice: Device %s information in register was left without any "
                  L"change,because it need not",
                  fullId.c_str());
@@ -77,20 +80,20 @@ void VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const std::wstring& clas
 } // namespace
 
 bool CleanDevice(const std::wstring& className, const DeviceIdList& ids, DeviceInfoSetOwner set) {
-    const WalkEnd end = WalkDevices(set.Get(), [&](SP_DEVINFO_DATA& device) {
-        const std::optional<std::wstring> instanceId = ReadInstanceId(set.Get(), device);
+    DeviceWalk walk(set.Get());
+    while (walk.Next()) {
+        const std::optional<std::wstring> instanceId = ReadInstanceId(set.Get(), walk.Entry());
         if (!instanceId) {
             // Ends the walk but not the cleanup: what is left can still be cleaned by the next INF.
             WriteLog(L"CleanDevice: Get device Instance id fail!,error code : 0x%08X",
                      GetLastError());
-            return WalkStep::Stop;
+            return true;
         }
         if (!instanceId->empty()) {
-            VisitDevice(set.Get(), device, className, ids, UpperCase(*instanceId));
+            VisitDevice(set.Get(), walk.Entry(), className, ids, UpperCase(*instanceId));
         }
-        return WalkStep::Next;
-    });
-    if (end == WalkEnd::Failed) {
+    }
+    if (walk.BrokeOff()) {
         WriteLog(L"CleanDevice: Enum device set finish,error code : 0x%08X", GetLastError());
         return false;
     }

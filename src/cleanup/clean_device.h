@@ -2,7 +2,7 @@
 #pragma once
 
 #include "inf/models.h"
-#include "install/devices/device_nodes.h"
+#include "platform/owners.h"
 
 // Deals with every device of the set whose ID the INF lists, install runs only: a device without a
 // class or of the INF's own class (`className`, upper-cased) is removed; one that now sits under

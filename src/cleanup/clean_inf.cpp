@@ -73,18 +73,19 @@ bool CleanInf(const std::wstring& infPath) {
     if (!GetDeviceIDFromInf(infPath, packetIds)) {
         return false;
     }
-    const std::wstring store = Cut(WindowsFolder(PathCapacity) + L"\\INF\\", PathCapacity);
+    // Empty when the Windows folder is not known: there is then nothing to list.
+    const std::wstring windows = WindowsFolder(PathCapacity);
+    const std::wstring store = windows.empty() ? windows : Cut(windows + L"\\INF\\", PathCapacity);
     TextList files;
     AppendWithTwin(files, Cut(store + AfterLast(infPath, L'\\'), PathCapacity));
-    TextList oemInfs;
+    InfSet oemInfs;
     if (!FindDriverPacketFiles(store, L"OEM*.INF", oemInfs)) {
         WriteLog(L"CleanInf: Get file set from %s fail,error code 0x%08X", store.c_str(),
                  GetLastError());
         return false;
     }
     if (oemInfs.empty()) {
-        // The two files collected so far stay, on purpose: a store without OEM*.INF has never seen
-        // an install of ours.
+        // The two files collected so far stay: a store without OEM*.INF has never seen an install.
         return true;
     }
     if (!CollectOemInfs(oemInfs, packetIds, files)) {

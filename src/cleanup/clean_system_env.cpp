@@ -6,6 +6,7 @@
 #include "config/driver_packet.h"
 #include "inf/driver_files.h"
 #include "inf/models.h"
+#include "install/devices/device_nodes.h"
 #include "system/serial_services.h"
 
 #include <algorithm>
@@ -31,14 +32,12 @@ bool CleanDevicesOf(const std::wstring& infPath) {
 
 bool CleanSystemEnv() {
     AdjustSerialServices();
-    const std::wstring folder = GetDriverDir();
-    TextList infSet;
-    if (!FindDriverPacketFiles(folder, L"*.INF", infSet) || infSet.empty()) {
-        WriteLog(L"CleanSystemEnv: Get driver packet %s inf set fail,error code 0x%08X",
-                 folder.c_str(), GetLastError());
+    InfSet infs;
+    if (!ListPacketInfs(infs,
+                        L"CleanSystemEnv: Get driver packet %s inf set fail,error code 0x%08X")) {
         return false;
     }
-    return std::all_of(infSet.begin(), infSet.end(), CleanDevicesOf) &&
-           std::all_of(infSet.begin(), infSet.end(), CleanInf) &&
-           std::all_of(infSet.begin(), infSet.end(), RemoveFile);
+    return std::all_of(infs.begin(), infs.end(), CleanDevicesOf) &&
+           std::all_of(infs.begin(), infs.end(), CleanInf) &&
+           std::all_of(infs.begin(), infs.end(), RemoveFile);
 }

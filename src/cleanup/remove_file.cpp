@@ -1,6 +1,7 @@
 #include "cleanup/remove_file.h"
 
 #include "common/limits.h"
+#include "common/paths.h"
 #include "inf/driver_files.h"
 #include "platform/platform.h"
 
@@ -17,10 +18,17 @@ bool DeleteAnyFile(const std::wstring& path) {
     return DeleteFileW(path.c_str()) != FALSE;
 }
 
+// A path that is not absolute would name a file in whatever folder the program was started from:
+// for the program there is no such file.
+bool IsMissing(const std::wstring& path) {
+    return !IsAbsolutePath(path) || (path.size() < PathCapacity &&
+                                     GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES);
+}
+
 } // namespace
 
 void DeleteFileWithLog(const std::wstring& path) {
-    if (path.size() < PathCapacity && GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
+    if (IsMissing(path)) {
         WriteLog(L"RemoveFile: File %s not exist", path.c_str());
     } else if (DeleteAnyFile(path)) {
         WriteLog(L"RemoveFile: File %s was deleted successfully", path.c_str());
@@ -31,7 +39,10 @@ void DeleteFileWithLog(const std::wstring& path) {
 }
 
 std::wstring PrecompiledTwin(const std::wstring& infPath) {
-    return Cut(ReplaceAfterLast(infPath, L'.', L"PNF"), PathCapacity);
+    if (!Contains(AfterLast(infPath, L'\\'), L".")) {
+        return infPath + L".PNF";
+    }
+    return ReplaceAfterLast(infPath, L'.', L"PNF");
 }
 
 bool RemoveFile(const std::wstring& infPath) {

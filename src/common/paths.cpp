@@ -19,6 +19,10 @@ std::wstring PathBesideExecutable(std::wstring_view name) {
     return Cut(ReplaceAfterLast(executable, L'\\', name), PathCapacity);
 }
 
+bool IsAbsolutePath(std::wstring_view path) {
+    return path.starts_with(L"\\\\") || (path.size() > 2 && path[1] == L':' && path[2] == L'\\');
+}
+
 std::wstring WindowsFolder(std::size_t capacity) {
     std::wstring buffer(capacity, L'\0');
     const UINT length = GetWindowsDirectoryW(buffer.data(), static_cast<UINT>(capacity));

@@ -5,13 +5,20 @@
 
 #include <cstdint>
 
-// 1 = install, 0 = uninstall. Set from the command line, cleared before a rollback: it also picks
-// the Setup.ini sections that are read.
+// What the run does: InstallRun or UninstallRun. Set from the command line, and to UninstallRun
+// before a rollback: it also picks the Setup.ini sections that are read.
 extern std::uint8_t SetupMode;
+inline constexpr std::uint8_t UninstallRun = 0;
+inline constexpr std::uint8_t InstallRun = 1;
 
-// Setup.ini [INSTALL] MODE, read in install runs only: 0 and 2 stage the INF files, 1 installs the
-// present devices directly, any other value installs nothing.
+// How an install run installs, Setup.ini [INSTALL] MODE; any other number installs nothing.
 extern std::int32_t InstallModeValue;
+// Stages the INF files.
+inline constexpr std::int32_t ModeStage = 0;
+// Installs the present devices directly.
+inline constexpr std::int32_t ModeDirect = 1;
+// Stages the INF files, and installs directly when a copy fails.
+inline constexpr std::int32_t ModeStageOrDirect = 2;
 
 // The thread that runs the setup, stored before any other thread exists. The staging threads post
 // their messages to it.
@@ -22,5 +29,5 @@ extern std::uint32_t MainThreadId;
 extern std::wstring MatchedDeviceBaseId;
 
 // Upper-cased instance IDs of the devices that the cleanup flagged for reinstallation, in that
-// order. Kept for whoever looks into the process; the program itself reads it nowhere.
+// order. Only a debugger or a memory dump shows it: the program reads it nowhere.
 extern TextList ReinstallMarkedDevices;

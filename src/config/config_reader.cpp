@@ -9,8 +9,8 @@
 namespace {
 
 TextList CandidatesNow(const std::wstring& section) {
-    return SectionCandidates(section, SetupMode == 1 ? L"INSTALL" : L"UNINSTALL", GetOsName(),
-                             L"NTx64");
+    return SectionCandidates(section, SetupMode == InstallRun ? L"INSTALL" : L"UNINSTALL",
+                             GetOsName(), L"NTx64");
 }
 
 } // namespace
@@ -35,7 +35,7 @@ std::int32_t ReadConfigInt(const std::wstring& section, const std::wstring& key)
     const std::wstring path = PathBesideExecutable(L"Setup.ini");
     for (const std::wstring& candidate : CandidatesNow(section)) {
         const UINT value = GetPrivateProfileIntW(candidate.c_str(), key.c_str(), -1, path.c_str());
-        // A value of -1 counts as not set, on purpose: it lets a less specific section decide.
+        // A value of -1 counts as not set and lets a less specific section decide.
         if (value != NotSet) {
             return static_cast<std::int32_t>(value);
         }

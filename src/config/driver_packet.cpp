@@ -36,3 +36,12 @@ bool FindDriverPacketFiles(const std::wstring& folder, const std::wstring& patte
     } while (FindNextFileW(search.Get(), &entry) != FALSE);
     return true;
 }
+
+bool ListPacketInfs(InfSet& infs, const wchar_t* failureLine) {
+    const std::wstring folder = GetDriverDir();
+    if (!FindDriverPacketFiles(folder, L"*.INF", infs) || infs.empty()) {
+        WriteLog(failureLine, folder.c_str(), GetLastError());
+        return false;
+    }
+    return true;
+}

@@ -4,6 +4,9 @@
 
 #include "common/text.h"
 
+// Full paths of the packet's INF files, in the order in which the file system lists them.
+using InfSet = TextList;
+
 // Full path of the packet's folder, ending in a backslash, at most 259 characters; empty when the
 // executable's own path is not known. Logs "GetDriverDir: Get system ...".
 std::wstring GetDriverDir();
@@ -15,3 +18,8 @@ std::wstring GetDriverDir();
 // needed the files for.
 bool FindDriverPacketFiles(const std::wstring& folder, const std::wstring& pattern,
                            TextList& files);
+
+// Clears `infs` and fills it with the packet's INF files. False when they cannot be listed or when
+// there is none: `failureLine`, a format for the packet's folder and the last error, is then
+// logged.
+bool ListPacketInfs(InfSet& infs, const wchar_t* failureLine);

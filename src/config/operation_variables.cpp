@@ -6,6 +6,7 @@
 #include "config/comma_fields.h"
 #include "config/config_reader.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -55,15 +56,12 @@ Variable RegeditVariable(const std::wstring& name) {
     return ReadConfigString(L"USER_ENV_PARA", name, ConfigLineCapacity);
 }
 
-// One scheme for both kinds of lines: they differ in how many fixed fields stand in front and in
-// their variables.
-bool ExpandVariables(const std::wstring& line, std::size_t fixedFields,
-                     Variable (*valueOf)(const std::wstring& name), TextList& parameters) {
-    TextList fields;
-    if (SplitByComma(line, fields) < fixedFields) {
-        return false;
-    }
-    parameters.assign(fields.begin() + static_cast<std::ptrdiff_t>(fixedFields), fields.end());
+// Puts the fields behind the fixed ones into `parameters`, variables replaced. False when a
+// variable has no value.
+bool ExpandParameters(const TextList& fields, std::size_t fixedFields,
+                      Variable (*valueOf)(const std::wstring& name), TextList& parameters) {
+    const std::size_t fixed = std::min(fixedFields, fields.size());
+    parameters.assign(fields.begin() + static_cast<std::ptrdiff_t>(fixed), fields.end());
     for (std::wstring& parameter : parameters) {
         if (!parameter.starts_with(L'$')) {
             continue;
@@ -80,9 +78,13 @@ bool ExpandVariables(const std::wstring& line, std::size_t fixedFields,
 } // namespace
 
 bool ExpandFileOperVariables(const std::wstring& line, TextList& parameters) {
-    return ExpandVariables(line, FileOperFixedFields, FileOperVariable, parameters);
+    TextList fields;
+    return SplitByComma(line, fields) >= FileOperFixedFields &&
+           ExpandParameters(fields, FileOperFixedFields, FileOperVariable, parameters);
 }
 
 bool ExpandRegeditVariables(const std::wstring& line, TextList& parameters) {
-    return ExpandVariables(line, RegeditFixedFields, RegeditVariable, parameters);
+    TextList fields;
+    return SplitByComma(line, fields) != 0 &&
+           ExpandParameters(fields, RegeditFixedFields, RegeditVariable, parameters);
 }

@@ -1,4 +1,4 @@
-// The fields of an operation line and the "$" variables of its parameters.
+// The "$" variables in the parameters of an operation line.
 //
 // A line is `opcode,<fixed fields>,P1,P2,...`; a parameter that begins with "$" names a variable
 // whose value only the running system or Setup.ini knows.
@@ -17,6 +17,6 @@ inline constexpr std::size_t RegeditFixedFields = 6;
 bool ExpandFileOperVariables(const std::wstring& line, TextList& parameters);
 
 // The same for a registry request. Variables: USERKEY, Wow6432Node, DEVID, else the key of that
-// name in section USER_ENV_PARA. False when the line is empty or has fewer fields than its fixed
-// ones.
+// name in section USER_ENV_PARA. False only when the line is empty: one with fewer fields than its
+// fixed ones has no parameters, and is refused when it is carried out.
 bool ExpandRegeditVariables(const std::wstring& line, TextList& parameters);

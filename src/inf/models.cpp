@@ -2,7 +2,6 @@
 
 #include "common/checked.h"
 #include "common/limits.h"
-#include "config/driver_packet.h"
 #include "inf/decorations.h"
 #include "platform/platform.h"
 
@@ -83,27 +82,4 @@ bool GetDeviceIDFromInf(const std::wstring& infPath, DeviceIdList& ids) {
         }
     }
     return true;
-}
-
-bool GetDeviceIDInDriverPacket(const std::wstring& deviceId, std::wstring& infPath) {
-    const std::wstring folder = GetDriverDir();
-    TextList infSet;
-    if (!FindDriverPacketFiles(folder, L"*.INF", infSet) || infSet.empty()) {
-        WriteLog(L"GetDeviceIDInDriverPacket: Get driver packet %s inf set fail,error code 0x%08X",
-                 folder.c_str(), GetLastError());
-        return false;
-    }
-    for (const std::wstring& inf : infSet) {
-        DeviceIdList ids;
-        if (!GetDeviceIDFromInf(inf, ids)) {
-            WriteLog(L"GetDeviceIDInDriverPacket: Get device id from inf %s fail,error code 0x%08X",
-                     inf.c_str(), GetLastError());
-            return false;
-        }
-        if (ListHolds(ids, deviceId)) {
-            infPath = inf;
-            break;
-        }
-    }
-    return !infPath.empty();
 }

@@ -22,10 +22,3 @@ bool GetInstallSectionsFromInf(const std::wstring& infPath, TextList& sections);
 // Clears `ids` and fills it with the hardware and compatible IDs that the INF lists. False as
 // above.
 bool GetDeviceIDFromInf(const std::wstring& infPath, DeviceIdList& ids);
-
-// Puts into `infPath` the path of the packet's first INF that lists `deviceId`. Returns whether
-// `infPath` is not empty afterwards: it is never cleared here, so callers pass an empty one. False
-// with "GetDeviceIDInDriverPacket: Get driver packet ..." when the packet has no INF, and with
-// "GetDeviceIDInDriverPacket: Get device id from inf ..." when one cannot be read; later ones are
-// then not tried.
-bool GetDeviceIDInDriverPacket(const std::wstring& deviceId, std::wstring& infPath);

@@ -1,10 +1,8 @@
 #include "inf/section_reader.h"
 
 #include "platform/owners.h"
+#include "platform/sized_read.h"
 
-#include <algorithm>
-#include <memory>
-#include <new>
 #include <optional>
 
 namespace {
@@ -12,60 +10,48 @@ namespace {
 // The style (Windows 9x or NT) that an INF declares, so that it is opened as what it is; nothing
 // when the parser refuses the file, which is logged.
 std::optional<DWORD> DeclaredStyle(const std::wstring& infPath) {
-    DWORD size = 0;
-    std::unique_ptr<std::byte[]> block;
-    bool known = SetupGetInfInformationW(infPath.c_str(), INFINFO_INF_NAME_IS_ABSOLUTE, nullptr, 0,
-                                         &size) != FALSE ||
-                 GetLastError() == ERROR_INSUFFICIENT_BUFFER;
-    if (known) {
-        size = std::max<DWORD>(size, sizeof(SP_INF_INFORMATION));
-        block = std::make_unique<std::byte[]>(size);
-        known = SetupGetInfInformationW(infPath.c_str(), INFINFO_INF_NAME_IS_ABSOLUTE,
-                                        reinterpret_cast<PSP_INF_INFORMATION>(block.get()), size,
-                                        nullptr) != FALSE;
-    }
-    if (!known) {
+    SizedBlock block;
+    const auto query = [&infPath](void* information, DWORD size, DWORD* needed) {
+        return SetupGetInfInformationW(infPath.c_str(), INFINFO_INF_NAME_IS_ABSOLUTE,
+                                       static_cast<PSP_INF_INFORMATION>(information), size, needed);
+    };
+    if (ReadSized(block, sizeof(SP_INF_INFORMATION), query) != SizedRead::Done) {
         WriteLog(L"GetInfSectionText: Get inf %s information fail,error code 0x%08X",
                  infPath.c_str(), GetLastError());
         return std::nullopt;
     }
-    return reinterpret_cast<const SP_INF_INFORMATION*>(block.get())->InfStyle;
+    return block.As<SP_INF_INFORMATION>()->InfStyle;
 }
 
 bool ReadLineText(HINF inf, INFCONTEXT& context, std::wstring& text) {
-    DWORD size = 0;
-    if (SetupGetLineTextW(&context, inf, nullptr, nullptr, nullptr, 0, &size) == FALSE &&
-        GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
-        return false;
-    }
-    std::wstring buffer(size + std::size_t{1}, L'\0');
-    if (SetupGetLineTextW(&context, inf, nullptr, nullptr, buffer.data(), size, nullptr) == FALSE) {
-        return false;
-    }
-    text = buffer.c_str();
-    return true;
+    return ReadSizedText(text, [&](wchar_t* buffer, DWORD capacity, DWORD* needed) {
+               return SetupGetLineTextW(&context, inf, nullptr, nullptr, buffer, capacity, needed);
+           }) == SizedRead::Done;
+}
+
+SizedRead ReadField(INFCONTEXT& context, DWORD index, std::wstring& field) {
+    return ReadSizedText(field, [&](wchar_t* buffer, DWORD capacity, DWORD* needed) {
+        // The parser may refuse a field without saying why; an error left over from an earlier call
+        // must not be taken for its answer.
+        SetLastError(ERROR_SUCCESS);
+        return SetupGetStringFieldW(&context, index, buffer, capacity, needed);
+    });
 }
 
 bool ReadLineFields(INFCONTEXT& context, TextList& fields) {
     const DWORD count = SetupGetFieldCount(&context);
     for (DWORD index = 0; index <= count; ++index) {
-        DWORD size = 0;
-        // The parser may refuse a field without saying why; an error left over from an earlier call
-        // must not be taken for its answer.
-        SetLastError(ERROR_SUCCESS);
-        if (SetupGetStringFieldW(&context, index, nullptr, 0, &size) == FALSE &&
-            GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
-            if (index == 0) {
-                fields.emplace_back();
-            }
-            // A refused value leaves no gap, on purpose: the values behind it move down.
+        std::wstring field;
+        const SizedRead read = ReadField(context, index, field);
+        // A refused value leaves no gap, the values behind it move down: an empty entry in its
+        // place would count as an ID. Only the key keeps its place.
+        if (read == SizedRead::NoSize && index != 0) {
             continue;
         }
-        std::wstring buffer(size + std::size_t{1}, L'\0');
-        if (SetupGetStringFieldW(&context, index, buffer.data(), size, nullptr) == FALSE) {
+        if (read != SizedRead::Done && read != SizedRead::NoSize) {
             return false;
         }
-        fields.emplace_back(buffer.c_str());
+        fields.push_back(std::move(field));
     }
     return true;
 }

@@ -44,7 +44,7 @@ bool CarryOut(const FilledLine& line) {
     if (FieldsUsed(opcode) == 0) {
         return true;
     }
-    if (!line.HoldsFields(FieldsUsed(opcode))) {
+    if (line.WholeFields < FieldsUsed(opcode)) {
         SetLastError(line.WasCut ? ERROR_FILENAME_EXCED_RANGE : ERROR_INVALID_PARAMETER);
         return false;
     }
@@ -67,8 +67,7 @@ bool RunFileOperSection(const std::wstring& section) {
     if (section.empty()) {
         return false;
     }
-    // A line that stops the section does not fail the run, on purpose: file operations are best
-    // effort, unlike registry operations.
+    // A line that stops the section does not fail the run: file operations are best effort.
     RunOperationLines(section, ExecutSingleFileOper);
     return true;
 }

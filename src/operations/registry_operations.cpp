@@ -11,9 +11,13 @@ namespace {
 
 constexpr DWORD RegistryDataSize = sizeof(RegistryData);
 
+constexpr std::int32_t SetOpcode = 1;
+constexpr std::int32_t DeleteOpcode = 2;
+constexpr std::int32_t QueryOpcode = 3;
+
 void LogFailedRequest(const std::wstring& line) {
-    // The thread's last error, on purpose, although the registry functions return their own status:
-    // it is the one code that all log lines of the program carry.
+    // The registry functions return a status of their own; the log shows the thread's last error
+    // all the same, so that every code in it is of one kind.
     WriteLog(L"ExecuteSingleRegeditReq: Register operation fail, req %s error code 0x%08X",
              line.c_str(), GetLastError());
 }
@@ -81,13 +85,15 @@ bool Query(const Request& request, RegistryData* data) {
         ERROR_SUCCESS) {
         return false;
     }
-    // Read aside first: a value that is too long leaves undefined bytes behind.
+    // Read aside first: a value that is too long leaves undefined bytes behind. A script has no use
+    // for the value: it asks for nothing but the size, and no value is too long then.
     RegistryData value{};
+    auto* const bytes =
+        data == nullptr ? nullptr : static_cast<BYTE*>(static_cast<void*>(value.data()));
     DWORD size = RegistryDataSize;
     DWORD type = request.Type;
-    if (RegQueryValueExW(key.Get(), request.ValueName.c_str(), nullptr, &type,
-                         static_cast<BYTE*>(static_cast<void*>(value.data())),
-                         &size) != ERROR_SUCCESS) {
+    if (RegQueryValueExW(key.Get(), request.ValueName.c_str(), nullptr, &type, bytes, &size) !=
+        ERROR_SUCCESS) {
         return false;
     }
     if (data != nullptr) {
@@ -97,21 +103,24 @@ bool Query(const Request& request, RegistryData* data) {
 }
 
 // False when the request fails; the last error tells why where Windows sets it.
-bool CarryOut(const FilledLine& line, RegistryData* data) {
-    if (!line.HoldsFields(RegeditFixedFields)) {
-        SetLastError(line.WasCut ? ERROR_FILENAME_EXCED_RANGE : ERROR_INVALID_PARAMETER);
+bool CarryOut(const std::wstring& line, const FilledLine& filled, RegistryData* data) {
+    const Request request(filled);
+    const bool hasOperation = request.Opcode >= SetOpcode && request.Opcode <= QueryOpcode;
+    if (!hasOperation && !filled.Fields.empty()) {
+        return true;
+    }
+    if (filled.WholeFields < RegeditFixedFields || MayBeCut(line)) {
+        SetLastError(filled.WasCut || MayBeCut(line) ? ERROR_FILENAME_EXCED_RANGE
+                                                     : ERROR_INVALID_PARAMETER);
         return false;
     }
-    const Request request(line);
     switch (request.Opcode) {
-    case 1:
+    case SetOpcode:
         return SetValue(request, data);
-    case 2:
+    case DeleteOpcode:
         return Delete(request);
-    case 3:
-        return Query(request, data);
     default:
-        return true;
+        return Query(request, data);
     }
 }
 
@@ -130,19 +139,14 @@ bool RunRegeditSection(const std::wstring& section) {
 }
 
 bool ExecuteSingleRegeditReq(const std::wstring& line, RegistryData* data) {
-    if (line.empty()) {
+    TextList parameters;
+    if (!ExpandRegeditVariables(line, parameters)) {
         return false;
     }
-    TextList parameters;
-    if (MayBeCut(line) || !ExpandRegeditVariables(line, parameters)) {
-        SetLastError(MayBeCut(line) ? ERROR_FILENAME_EXCED_RANGE : ERROR_INVALID_PARAMETER);
-        LogFailedRequest(line);
-        return true;
-    }
     const FilledLine filled = FillTemplate(line, parameters);
-    if (!CarryOut(filled, data)) {
+    if (!CarryOut(line, filled, data)) {
         // A line without parameters fills to nothing; its own text then tells which one failed.
-        LogFailedRequest(filled.Text.empty() ? line : filled.Text);
+        LogFailedRequest(filled.Text.empty() || MayBeCut(line) ? line : filled.Text);
     }
     return true;
 }

@@ -24,12 +24,14 @@ std::wstring Filled(std::wstring_view line, const TextList& parameters) {
     return filled.append(line);
 }
 
-} // namespace
-
-bool FilledLine::HoldsFields(std::size_t count) const {
-    // In a cut line the last field is the one that lost its end.
-    return Fields.size() >= count + (WasCut ? 1U : 0U);
+// The fields of the cut text that did not lose their end: all that a comma follows, the first
+// character beyond the cut included.
+std::size_t FieldsBeforeCut(std::wstring_view whole, std::size_t kept) {
+    return static_cast<std::size_t>(
+        std::count(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(kept) + 1, L','));
 }
+
+} // namespace
 
 std::wstring FilledLine::Field(std::size_t index) const {
     return index < Fields.size() ? Fields[index] : std::wstring();
@@ -41,5 +43,7 @@ FilledLine FillTemplate(std::wstring_view line, const TextList& parameters) {
     result.Text = Cut(whole, PathCapacity);
     result.WasCut = result.Text.size() < whole.size();
     SplitByComma(result.Text, result.Fields);
+    result.WholeFields =
+        result.WasCut ? FieldsBeforeCut(whole, result.Text.size()) : result.Fields.size();
     return result;
 }

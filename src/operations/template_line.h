@@ -11,10 +11,9 @@ struct FilledLine {
     TextList Fields;
     // True when something of the filled line was cut away.
     bool WasCut = false;
+    // How many fields, from the first on, came through whole.
+    std::size_t WholeFields = 0;
 
-    // True when the first `count` fields are there and none of them was cut: a request must not
-    // touch another file or key than the one written in the script.
-    [[nodiscard]] bool HoldsFields(std::size_t count) const;
     // The field at `index`, empty when there is none.
     [[nodiscard]] std::wstring Field(std::size_t index) const;
 };

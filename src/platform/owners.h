@@ -96,11 +96,6 @@ struct ServiceKind {
     static Handle None() { return nullptr; }
     static void Close(Handle handle) { CloseServiceHandle(handle); }
 };
-struct LibraryKind {
-    using Handle = HMODULE;
-    static Handle None() { return nullptr; }
-    static void Close(Handle handle) { FreeLibrary(handle); }
-};
 
 using DeviceInfoSetOwner = Owner<DeviceInfoSetKind>;
 using InfFileOwner = Owner<InfFileKind>;
@@ -109,4 +104,3 @@ using KernelObjectOwner = Owner<KernelObjectKind>;
 using FileSearchOwner = Owner<FileSearchKind>;
 using RegistryKeyOwner = Owner<RegistryKeyKind>;
 using ServiceOwner = Owner<ServiceKind>;
-using LibraryOwner = Owner<LibraryKind>;

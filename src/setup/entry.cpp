@@ -34,7 +34,7 @@ void ShowVersion() {
 
 bool RunInstall() {
     InstallModeValue = ReadConfigInt(L"INSTALL", L"MODE");
-    if (InstallModeValue != 0 && !InstallHook()) {
+    if (InstallModeValue != ModeStage && !InstallHook()) {
         return false;
     }
     if (Install()) {
@@ -42,7 +42,7 @@ bool RunInstall() {
         return true;
     }
     WriteLog(L"Setup: Setup process fail,begin rollback...");
-    SetupMode = 0;
+    SetupMode = UninstallRun;
     UnInstall(false);
     ShowLangText(L"STR_INSTALL_FAIL");
     return false;
@@ -69,18 +69,20 @@ bool RunSetup(const wchar_t* commandLine) {
         WriteLog(L"Setup: Invalid command line %s", commandLine);
         return false;
     case Switch::Install:
-        SetupMode = 1;
+        SetupMode = InstallRun;
         break;
     case Switch::Uninstall:
-        SetupMode = 0;
+        SetupMode = UninstallRun;
         break;
     }
+    // A window that cannot be shown is not reported as a failure; should it ever be, the run ends
+    // here.
     if (!ShowProgressUI()) {
         return false;
     }
-    // Its result is not asked for, on purpose: what must not fail stands in the other sections.
+    // The result counts for the other sections only: what the run depends on stands there.
     RunRegeditSection(L"PROCESS");
-    return SetupMode == 1 ? RunInstall() : RunUninstall();
+    return SetupMode == InstallRun ? RunInstall() : RunUninstall();
 }
 
 // The end of every run, also of the version box: the closing line, and a pause in which the

@@ -14,10 +14,10 @@ namespace {
 
 bool InstallPacket() {
     switch (InstallModeValue) {
-    case 0:
-    case 2:
+    case ModeStage:
+    case ModeStageOrDirect:
         return ReenumerateDeviceTree() && PreInstall();
-    case 1:
+    case ModeDirect:
         return UpdateInstall();
     default:
         // A packet that only runs its scripts.

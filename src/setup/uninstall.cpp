@@ -5,6 +5,7 @@
 #include "config/config_reader.h"
 #include "config/driver_packet.h"
 #include "install/composite/composite_ids.h"
+#include "install/devices/device_nodes.h"
 #include "operations/file_operations.h"
 #include "operations/registry_operations.h"
 #include "setup/uninstall_devices.h"
@@ -59,7 +60,8 @@ void RemoveDriverFiles() {
     TextList files;
     FindDriverPacketFiles(GetDriverDir(), L"*.sys", files);
     for (const std::wstring& file : files) {
-        // A fixed folder, on purpose: packets for this program are made for systems in C:\windows.
+        // A fixed folder, as packets and their scripts write it: another one would leave the files
+        // of those behind.
         const std::wstring target = L"C:\\windows\\system32\\drivers\\" + AfterLast(file, L'\\');
         WriteLog(L"UnInstall: Normal delete sys %s", target.c_str());
         DeleteFileWithLog(target);
@@ -102,7 +104,7 @@ bool UnInstall(bool isRealUninstall) {
         return false;
     }
     // The listing itself is of no use here; its GetDriverDir line marks the place in the log.
-    TextList packetInfs;
+    InfSet packetInfs;
     FindDriverPacketFiles(GetDriverDir(), L"*.INF", packetInfs);
     RemoveOemInfs(oemInfs);
     RemoveDriverFiles();

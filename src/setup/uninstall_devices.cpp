@@ -2,35 +2,40 @@
 
 #include "common/limits.h"
 #include "install/devices/device_ids.h"
+#include "install/devices/device_nodes.h"
+#include "install/devices/device_removal.h"
+#include "install/devices/device_walk.h"
+#include "install/devices/driver_details.h"
 
 namespace {
 
 // Appends the OEM INF files among the drivers in the device's built list. False when the list
 // cannot be read.
 bool CollectOemInfs(HDEVINFO set, SP_DEVINFO_DATA& device, TextList& oemInfs) {
-    bool readable = true;
-    const WalkEnd end =
-        WalkDrivers(set, device, SPDIT_COMPATDRIVER, [&](SP_DRVINFO_DATA_V2_W& driver) {
-            DriverDetail detail;
-            const DetailResult result = ReadDriverDetail(set, device, driver, detail);
-            if (result == DetailResult::Failed) {
-                WriteLog(L"UnInstall: Get driver detail fail,error code 0x%08X", GetLastError());
-            }
-            readable = result == DetailResult::Read;
-            if (!readable) {
-                return WalkStep::Stop;
-            }
-            const std::wstring inf = UpperCase(detail.InfFileName);
-            if (Contains(inf, L"OEM")) {
-                AppendDistinct(oemInfs, inf);
-            }
-            return WalkStep::Next;
-        });
-    if (end == WalkEnd::Failed) {
+    DriverWalk walk(set, device, SPDIT_COMPATDRIVER);
+    while (walk.Next()) {
+        DriverDetail detail;
+        // Windows refuses the question for the size; an answer to it is not trusted here, where
+        // what is read decides what is deleted.
+        const SizedRead read =
+            ReadDriverDetail(set, device, walk.Entry(), {.MaySucceed = false}, detail);
+        if (read == SizedRead::NoMemory) {
+            return false;
+        }
+        if (read != SizedRead::Done) {
+            WriteLog(L"UnInstall: Get driver detail fail,error code 0x%08X", GetLastError());
+            return false;
+        }
+        const std::wstring inf = UpperCase(detail.InfFileName);
+        if (Contains(inf, L"OEM")) {
+            AppendDistinct(oemInfs, inf);
+        }
+    }
+    if (walk.BrokeOff()) {
         WriteLog(L"UnInstall: Enum device driver info fail,error code 0x%08X", GetLastError());
         return false;
     }
-    return readable;
+    return true;
 }
 
 bool RecordDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const std::wstring& fullId,
@@ -69,24 +74,25 @@ bool VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const DeviceIdList& ids,
 
 bool CollectDevicesToRemove(HDEVINFO set, const DeviceIdList& ids, RemovalList& removals,
                             TextList& oemInfs) {
-    bool recorded = true;
-    const WalkEnd end = WalkDevices(set, [&](SP_DEVINFO_DATA& device) {
-        const std::optional<std::wstring> instanceId = ReadInstanceId(set, device);
+    DeviceWalk walk(set);
+    while (walk.Next()) {
+        const std::optional<std::wstring> instanceId = ReadInstanceId(set, walk.Entry());
         if (!instanceId) {
+            // Ends the collecting; what was recorded until now is removed.
             WriteLog(L"UnInstall: Get device Instance id fail!,error code : 0X%08X",
                      GetLastError());
-            return WalkStep::Stop;
+            return true;
         }
-        if (!instanceId->empty()) {
-            recorded = VisitDevice(set, device, ids, UpperCase(*instanceId), removals, oemInfs);
+        if (!instanceId->empty() &&
+            !VisitDevice(set, walk.Entry(), ids, UpperCase(*instanceId), removals, oemInfs)) {
+            return false;
         }
-        return recorded ? WalkStep::Next : WalkStep::Stop;
-    });
-    if (end == WalkEnd::Failed) {
+    }
+    if (walk.BrokeOff()) {
         WriteLog(L"UnInstall: Enum device set info fail,error code 0x%08X", GetLastError());
         return false;
     }
-    return recorded;
+    return true;
 }
 
 void RemoveDevices(HDEVINFO set, RemovalList& removals) {

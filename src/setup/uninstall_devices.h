@@ -2,7 +2,7 @@
 #pragma once
 
 #include "inf/models.h"
-#include "install/devices/device_nodes.h"
+#include "platform/platform.h"
 
 #include <list>
 

@@ -3,26 +3,14 @@
 #include "common/limits.h"
 #include "common/text.h"
 #include "platform/owners.h"
+#include "platform/sized_read.h"
 
-#include <array>
 #include <cstdio>
-#include <memory>
-#include <new>
+#include <string>
 
 namespace {
 
 constexpr std::wstring_view Marker = L"Omdrel USB Device for Legacy Serial Communication Pexil9s";
-
-template <typename Record>
-using RecordBlock = std::unique_ptr<Record, void (*)(void*)>;
-
-// A block of at least `size` bytes, aligned for records with pointers in them. Null when there is
-// no memory.
-template <typename Record>
-RecordBlock<Record> AllocateRecords(DWORD size) {
-    void* block = ::operator new(size, std::nothrow);
-    return {static_cast<Record*>(block), [](void* memory) { ::operator delete(memory); }};
-}
 
 std::string Utf8(const wchar_t* text) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
@@ -34,7 +22,7 @@ std::string Utf8(const wchar_t* text) {
 // Written for whoever starts the program with its standard output redirected; it has no console.
 void PrintService(const QUERY_SERVICE_CONFIGW& config) {
     const auto print = [](const char* label, const wchar_t* text) {
-        std::fputs((label + Utf8(text == nullptr ? L"" : text) + "\n").c_str(), stdout);
+        std::fputs((label + Utf8(text == nullptr ? L"(null)" : text) + "\n").c_str(), stdout);
     };
     std::fputs("---------------------------------------\n", stdout);
     print("DisplayName: ", config.lpDisplayName);
@@ -43,17 +31,13 @@ void PrintService(const QUERY_SERVICE_CONFIGW& config) {
     std::fputs("got it\n", stdout);
 }
 
-// The configuration of a service, null when it cannot be read.
-RecordBlock<QUERY_SERVICE_CONFIGW> ReadService(SC_HANDLE service) {
-    DWORD needed = 0;
-    const bool sized = QueryServiceConfigW(service, nullptr, 0, &needed) == FALSE &&
-                       GetLastError() == ERROR_INSUFFICIENT_BUFFER;
-    auto config = AllocateRecords<QUERY_SERVICE_CONFIGW>(needed);
-    if (!sized || config == nullptr ||
-        QueryServiceConfigW(service, config.get(), needed, &needed) == FALSE) {
-        config.reset();
-    }
-    return config;
+bool ReadConfiguration(SC_HANDLE service, SizedBlock& block) {
+    const auto query = [service](void* bytes, DWORD size, DWORD* needed) {
+        return QueryServiceConfigW(service, static_cast<QUERY_SERVICE_CONFIGW*>(bytes), size,
+                                   needed);
+    };
+    return ReadSized(block, sizeof(QUERY_SERVICE_CONFIGW), query, {.MaySucceed = false}) ==
+           SizedRead::Done;
 }
 
 // Handles one service. False when a step failed, the stop order excepted.
@@ -62,10 +46,11 @@ bool AdjustService(SC_HANDLE manager, const wchar_t* name, DWORD number) {
     if (!service) {
         return false;
     }
-    const auto config = ReadService(service.Get());
-    if (config == nullptr) {
+    SizedBlock block;
+    if (!ReadConfiguration(service.Get(), block)) {
         return false;
     }
+    const auto* const config = block.As<QUERY_SERVICE_CONFIGW>();
     if (config->lpDisplayName == nullptr || !Contains(config->lpDisplayName, Marker)) {
         return true;
     }
@@ -89,33 +74,28 @@ std::uint32_t AdjustSerialServices() {
     if (!manager) {
         return NoServiceManager;
     }
-    DWORD needed = 0;
+    SizedBlock services;
     DWORD count = 0;
-    DWORD resume = 0;
-    if (EnumServicesStatusW(manager.Get(), SERVICE_DRIVER, SERVICE_STATE_ALL, nullptr, 0, &needed,
-                            &count, &resume) != FALSE ||
-        GetLastError() != ERROR_MORE_DATA) {
-        return 0;
+    const auto query = [&manager, &count](void* bytes, DWORD size, DWORD* needed) {
+        // Every question begins at the first service, also when the one before left its place.
+        DWORD resume = 0;
+        return EnumServicesStatusW(manager.Get(), SERVICE_DRIVER, SERVICE_STATE_ALL,
+                                   static_cast<ENUM_SERVICE_STATUSW*>(bytes), size, needed, &count,
+                                   &resume);
+    };
+    if (ReadSized(services, 0, query, {.Refusal = ERROR_MORE_DATA, .MaySucceed = false}) ==
+        SizedRead::Done) {
+        RenameSerialServices(manager.Get(), services.As<ENUM_SERVICE_STATUSW>(), count);
     }
-    const DWORD size = needed;
-    const auto services = AllocateRecords<ENUM_SERVICE_STATUSW>(size);
-    // The size query must not leave a place in the list behind.
-    resume = 0;
-    if (services == nullptr ||
-        EnumServicesStatusW(manager.Get(), SERVICE_DRIVER, SERVICE_STATE_ALL, services.get(), size,
-                            &needed, &count, &resume) == FALSE) {
-        return 0;
-    }
-    RenameSerialServices(manager.Get(), services.get(), count);
     return 0;
 }
 
 int RenameSerialServices(SC_HANDLE manager, const ENUM_SERVICE_STATUSW* services, DWORD count) {
     const ENUM_SERVICE_STATUSW* cursor = services;
     for (DWORD number = 0; number < count; ++number) {
-        // The cursor stays at a record that could not be handled and tries it again with the next
-        // number, on purpose: a service that another program holds for a moment is not passed over,
-        // and a number never exceeds the list. The last records may so remain untouched.
+        // The cursor stays at a record that could not be handled, which is tried again with the
+        // next number: a service that another program holds for a moment is not passed over, and a
+        // number never exceeds the list. The last records may so remain untouched.
         if (AdjustService(manager, cursor->lpServiceName, number)) {
             ++cursor;
         }

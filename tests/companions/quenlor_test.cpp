@@ -86,6 +86,12 @@ DWORD WINAPI WriteLines(void* parameter) {
 
 using WriteLogFunction = void (*)(const wchar_t* format, ...);
 
+struct LibraryKind {
+    using Handle = HMODULE;
+    static Handle None() { return nullptr; }
+    static void Close(Handle handle) { FreeLibrary(handle); }
+};
+
 // The built library, and the log that it writes beside this executable.
 class BuiltLibrary {
 public:
@@ -108,7 +114,7 @@ public:
     }
 
 private:
-    LibraryOwner library_;
+    Owner<LibraryKind> library_;
     wchar_t path_[MAX_PATH] = {};
 
 public:

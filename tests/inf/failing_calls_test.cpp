@@ -2,7 +2,7 @@
 // but its own.
 #include "inf/driver_files.h"
 #include "inf/inf_files.h"
-#include "inf/models.h"
+#include "inf/packet_ids.h"
 #include "support/doctest_support.h"
 
 #include <array>

@@ -1,5 +1,6 @@
 // Which hardware IDs an INF serves, by which install sections, and which INF serves an ID.
 #include "inf/models.h"
+#include "inf/packet_ids.h"
 
 #include "inf/inf_files.h"
 #include "support/doctest_support.h"

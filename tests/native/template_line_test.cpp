@@ -36,8 +36,7 @@ TEST_CASE("A line without parameters fills to nothing") {
     CHECK(line.Text.empty());
     CHECK(line.Fields.empty());
     CHECK_FALSE(line.WasCut);
-    CHECK_FALSE(line.HoldsFields(1));
-    CHECK(line.HoldsFields(0));
+    CHECK(line.WholeFields == 0);
 }
 
 TEST_CASE("An empty line with a parameter fills to nothing") {
@@ -60,28 +59,32 @@ TEST_CASE("A filled line of 259 characters is whole, one of 260 is cut") {
     const FilledLine whole = FillTemplate(L"1,%s", {std::wstring(257, L'p')});
     CHECK(whole.Text.size() == 259);
     CHECK_FALSE(whole.WasCut);
-    CHECK(whole.HoldsFields(2));
+    CHECK(whole.WholeFields == 2);
     const FilledLine cut = FillTemplate(L"1,%s", {std::wstring(258, L'p')});
     CHECK(cut.Text == L"1," + std::wstring(257, L'p'));
     CHECK(cut.WasCut);
     CHECK(cut.Field(1).size() == 257);
 }
 
-TEST_CASE("The last field of a cut line does not count as there") {
+TEST_CASE("The last field of a cut line does not count as whole") {
     const FilledLine line = FillTemplate(L"1,a,%s", {std::wstring(300, L'p')});
     CHECK(line.Fields.size() == 3);
-    CHECK(line.HoldsFields(2));
-    CHECK_FALSE(line.HoldsFields(3));
+    CHECK(line.WholeFields == 2);
 }
 
-TEST_CASE("A line that is cut right behind a comma keeps the fields before it only") {
-    // 259 characters end in the comma: the field before it is whole, but that cannot be told.
-    const FilledLine line = FillTemplate(L"1,%s,b", {std::wstring(256, L'p')});
-    CHECK(line.Text.size() == 259);
+TEST_CASE("A field that ends where the line is cut is whole") {
+    // 258 and 259 characters in front of the comma that ends the second field.
+    CHECK(FillTemplate(L"1,%s,b", {std::wstring(256, L'p')}).WholeFields == 2);
+    CHECK(FillTemplate(L"1,%s,b", {std::wstring(257, L'p')}).WholeFields == 2);
+    // One more, and the field has lost its last character.
+    CHECK(FillTemplate(L"1,%s,b", {std::wstring(258, L'p')}).WholeFields == 1);
+}
+
+TEST_CASE("An empty field that is cut away right before its comma is whole") {
+    const FilledLine line = FillTemplate(L"1,%s,,b", {std::wstring(256, L'p')});
     CHECK(line.Text.back() == L',');
-    CHECK(line.WasCut);
-    CHECK(line.HoldsFields(1));
-    CHECK_FALSE(line.HoldsFields(3));
+    CHECK(line.WholeFields == 3);
+    CHECK(line.Field(2) == L"");
 }
 
 TEST_CASE("A field that is not there reads as empty") {
@@ -119,9 +122,8 @@ TEST_CASE("Whatever the line and its parameters are, the filled line keeps its b
         TextList fields;
         SplitByComma(filled.Text, fields);
         REQUIRE(filled.Fields == fields);
-        for (std::size_t count = 0; count < 8; ++count) {
-            REQUIRE((!filled.HoldsFields(count) || filled.Fields.size() >= count));
-        }
+        REQUIRE((filled.WasCut || filled.WholeFields == filled.Fields.size()));
+        REQUIRE(filled.WholeFields <= filled.Fields.size() + 1);
         if (!Contains(line, L"%") && !parameters.empty()) {
             REQUIRE(filled.Text == Cut(line, 260));
         }

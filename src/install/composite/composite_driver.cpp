@@ -2,7 +2,10 @@
 
 #include "common/limits.h"
 #include "common/paths.h"
-#include "install/devices/device_nodes.h"
+#include "common/text.h"
+#include "install/devices/device_walk.h"
+#include "install/devices/driver_details.h"
+#include "platform/system_libraries.h"
 
 namespace {
 
@@ -39,39 +42,30 @@ bool SelectGenericDriver(HDEVINFO set, SP_DEVINFO_DATA& device) {
     if (SetupDiBuildDriverInfoList(set, &device, SPDIT_CLASSDRIVER) == FALSE) {
         return LogFailure(L"CompositeDeviceSetup: Build driver list fail,error code 0x%08X");
     }
-    bool failed = false;
-    const WalkEnd end =
-        WalkDrivers(set, device, SPDIT_CLASSDRIVER, [&](SP_DRVINFO_DATA_V2_W& driver) {
-            DriverDetail detail;
-            if (ReadDriverDetail(set, device, driver, detail) != DetailResult::Read) {
-                failed = true;
-                LogFailure(L"CompositeDeviceSetup: Get driver detail fail,error code 0x%08X");
-                return WalkStep::Stop;
-            }
-            if (!EqualIgnoringCase(detail.HardwareId, GenericCompositeId)) {
-                return WalkStep::Next;
-            }
-            if (SetupDiSetSelectedDriverW(set, &device, &driver) == FALSE) {
-                failed = true;
-                LogFailure(L"CompositeDeviceSetup: Set selected driver fail,error code 0x%08X");
-            }
-            return WalkStep::Stop;
-        });
-    if (end == WalkEnd::Failed) {
-        return LogFailure(L"CompositeDeviceSetup: Enum device set info fail,error code 0x%08X");
+    DriverWalk walk(set, device, SPDIT_CLASSDRIVER);
+    while (walk.Next()) {
+        DriverDetail detail;
+        if (ReadDriverDetail(set, device, walk.Entry(), {}, detail) != SizedRead::Done) {
+            return LogFailure(L"CompositeDeviceSetup: Get driver detail fail,error code 0x%08X");
+        }
+        if (EqualIgnoringCase(detail.HardwareId, GenericCompositeId)) {
+            return SetupDiSetSelectedDriverW(set, &device, &walk.Entry()) != FALSE ||
+                   LogFailure(L"CompositeDeviceSetup: Set selected driver fail,error code 0x%08X");
+        }
     }
-    return !failed;
+    return !walk.BrokeOff() ||
+           LogFailure(L"CompositeDeviceSetup: Enum device set info fail,error code 0x%08X");
 }
 
+// False only when the library lacks the function. A device on which the driver could not be
+// installed, or for which there is no library, keeps the driver that it has.
 bool InstallSelected(HDEVINFO set, const std::wstring& compositeId) {
-    const LibraryOwner newDev(LoadLibraryW(L"NewDev.DLL"));
-    if (!newDev) {
-        // Neither a line nor a failure, on purpose: without the library the device keeps the driver
-        // that it has.
+    const HMODULE newDev = LoadSystemLibrary(L"NewDev.DLL");
+    if (newDev == nullptr) {
         return true;
     }
     const auto install =
-        GetFunction<InstallSelectedDriverFunction>(newDev.Get(), "InstallSelectedDriver");
+        GetFunction<InstallSelectedDriverFunction>(newDev, "InstallSelectedDriver");
     if (install == nullptr) {
         return LogFailure(L"CompositeDeviceSetup: Get function address fail,error code 0x%08X");
     }

@@ -1,35 +1,33 @@
 #include "install/composite/composite_ids.h"
 
-#include "config/driver_packet.h"
-#include "inf/models.h"
+#include "inf/packet_ids.h"
+#include "install/composite/composite_id_list.h"
+#include "install/devices/device_ids.h"
 #include "install/devices/device_nodes.h"
+#include "install/devices/device_walk.h"
 
 namespace {
 
 // All hardware IDs of the packet's INF files, in listing order.
-bool CollectPacketIds(const std::wstring& folder, TextList& ids) {
-    TextList infSet;
-    if (!FindDriverPacketFiles(folder, L"*.INF", infSet)) {
+bool CollectPacketIds(const std::wstring& folder, DeviceIdList& ids) {
+    InfSet infs;
+    if (!FindDriverPacketFiles(folder, L"*.INF", infs)) {
         WriteLog(L"GetCompositeDeviceIDFromInf: Get driver packet %s inf set fail,error code "
                  L"0x%08X",
                  folder.c_str(), GetLastError());
         return false;
     }
-    if (infSet.empty()) {
+    if (infs.empty()) {
         WriteLog(L"GetCompositeDeviceIDFromInf: No inf found in driver packet %s", folder.c_str());
         return false;
     }
-    for (const std::wstring& inf : infSet) {
-        DeviceIdList infIds;
-        if (!GetDeviceIDFromInf(inf, infIds)) {
-            // The first INF is named whichever one failed, on purpose: the line before this one, by
-            // the reader, names the culprit.
-            WriteLog(
-                L"GetCompositeDeviceIDFromInf: Get device id from inf %s fail,error code 0x%08X",
-                infSet.front().c_str(), GetLastError());
-            return false;
-        }
-        ids.insert(ids.end(), infIds.begin(), infIds.end());
+    std::wstring unreadable;
+    if (!CollectDeviceIds(infs, ids, unreadable)) {
+        // Names the first INF whichever could not be read; the reader's own line, just above, names
+        // the right one.
+        WriteLog(L"GetCompositeDeviceIDFromInf: Get device id from inf %s fail,error code 0x%08X",
+                 infs.front().c_str(), GetLastError());
+        return false;
     }
     if (ids.empty()) {
         WriteLog(L"GetCompositeDeviceIDFromInf: No device found in driver packet %s",
@@ -50,10 +48,32 @@ bool TakeIfComposite(HDEVINFO set, SP_DEVINFO_DATA& device, const TextList& comp
         return false;
     }
     const std::wstring deviceId = DeviceIdOf(*instanceId);
-    if (!deviceId.empty() && ListHolds(compositeIds, deviceId)) {
+    if (!instanceId->empty() && ListHolds(compositeIds, deviceId)) {
         id = deviceId;
         WriteLog(L"GetCompositeDeviceIDExist: Composite device %s is going to be deal with",
                  id.c_str());
+    }
+    return true;
+}
+
+// Puts the first present device of `compositeIds` into `id`, which stays empty when there is none.
+bool FindPresentDevice(const TextList& compositeIds, std::wstring& id) {
+    const DeviceInfoSetOwner set = OpenUsbDevices(DIGCF_PRESENT);
+    if (!set) {
+        WriteLog(L"GetCompositeDeviceIDExist: Get all present device fail,error code 0x%08X",
+                 GetLastError());
+        return false;
+    }
+    DeviceWalk walk(set.Get());
+    while (id.empty() && walk.Next()) {
+        if (!TakeIfComposite(set.Get(), walk.Entry(), compositeIds, id)) {
+            return false;
+        }
+    }
+    if (walk.BrokeOff()) {
+        WriteLog(L"GetCompositeDeviceIDExist: Enum device set info fail,error code 0x%08X",
+                 GetLastError());
+        return false;
     }
     return true;
 }
@@ -64,13 +84,11 @@ bool GetCompositeDeviceIDFromInf(TextList& ids, bool& exactMatchFound) {
     const std::wstring folder = GetDriverDir();
     // A marker that support searches for.
     WriteLog(L"GetCompositeDeviceIDFromInf: kkkkkkkkkk %s kkkkkkkkk", folder.c_str());
-    TextList packetIds;
+    DeviceIdList packetIds;
     if (!CollectPacketIds(folder, packetIds)) {
         return false;
     }
-    CompositeIds composite = CompositeIdsOf(packetIds);
-    ids = std::move(composite.Ids);
-    exactMatchFound = composite.ExactMatchFound;
+    AddCompositeIds(packetIds, ids, exactMatchFound);
     return true;
 }
 
@@ -92,26 +110,8 @@ bool GetCompositeDeviceIDFromInfExactMatch(std::wstring& id) {
 bool GetCompositeDeviceIDExist(std::wstring& id) {
     TextList compositeIds;
     bool exactMatchFound = false;
-    if (!GetCompositeDeviceIDFromInf(compositeIds, exactMatchFound)) {
-        return false;
-    }
-    const DeviceInfoSetOwner set = OpenUsbDevices(DIGCF_PRESENT);
-    if (!set) {
-        WriteLog(L"GetCompositeDeviceIDExist: Get all present device fail,error code 0x%08X",
-                 GetLastError());
-        return false;
-    }
-    bool readable = true;
-    const WalkEnd end = WalkDevices(set.Get(), [&](SP_DEVINFO_DATA& device) {
-        readable = TakeIfComposite(set.Get(), device, compositeIds, id);
-        return readable && id.empty() ? WalkStep::Next : WalkStep::Stop;
-    });
-    if (!readable) {
-        return false;
-    }
-    if (end == WalkEnd::Failed) {
-        WriteLog(L"GetCompositeDeviceIDExist: Enum device set info fail,error code 0x%08X",
-                 GetLastError());
+    if (!GetCompositeDeviceIDFromInf(compositeIds, exactMatchFound) ||
+        !FindPresentDevice(compositeIds, id)) {
         return false;
     }
     if (id.empty()) {

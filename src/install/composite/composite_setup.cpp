@@ -1,10 +1,11 @@
 #include "install/composite/composite_setup.h"
 
 #include "config/config_reader.h"
-#include "inf/models.h"
+#include "inf/packet_ids.h"
 #include "install/composite/composite_driver.h"
 #include "install/devices/device_nodes.h"
-#include "install/devices/newdev.h"
+#include "install/devices/device_walk.h"
+#include "install/devices/driver_update.h"
 
 namespace {
 
@@ -18,24 +19,18 @@ SerialSetup InstallPacketInf(const wchar_t* compositeId) {
                  GetLastError());
         return SerialSetup::Failed;
     }
-    const LibraryOwner newDev(LoadLibraryW(L"NewDev.dll"));
-    if (!newDev) {
-        WriteLog(L"CompositeDeviceSetup: Load newdev.dll fail,error code 0x%08X", GetLastError());
-        return SerialSetup::Failed;
-    }
-    const auto update = GetFunction<UpdateDriverForPlugAndPlayDevicesFunction>(
-        newDev.Get(), "UpdateDriverForPlugAndPlayDevicesW");
+    const auto update = FindUpdateDriver(
+        L"CompositeDeviceSetup: Load newdev.dll fail,error code 0x%08X",
+        L"CompositeDeviceSetup: Get function UpdateDriverForPlugAndPlayDevices address fail,error "
+        L"code 0x%08X");
     if (update == nullptr) {
-        WriteLog(L"CompositeDeviceSetup: Get function UpdateDriverForPlugAndPlayDevices address "
-                 L"fail,error code 0x%08X",
-                 GetLastError());
         return SerialSetup::Failed;
     }
     WriteLog(L"CompositeDeviceSetup: Installing device %s using inf %s", compositeId,
              infPath.c_str());
     BOOL reboot = FALSE;
     if (!UpdateDriver(update, compositeId, infPath.c_str(), reboot)) {
-        // No line, on purpose: the walk over the devices that follows is the second way.
+        // No line yet: the walk over the devices is still to come, and has lines of its own.
         return SerialSetup::NotInstalled;
     }
     WriteLog(L"CompositeDeviceSetup: Device %s successfully installed with inf %s,reboot status is "
@@ -66,33 +61,35 @@ bool IsCompositeDevice(const std::wstring& hardwareId, const std::wstring* compo
     return compositeId != nullptr && EqualIgnoringCase(BeforeLast(hardwareId, L'&'), *compositeId);
 }
 
-// What the walk over the USB devices came to.
-struct DeviceWalk {
-    bool Failed = false;
-    bool FoundDevice = false;
-    SP_DEVINFO_DATA Device{};
-};
-
-WalkStep VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, std::uint32_t state,
-                     const std::wstring* compositeId, DeviceWalk& walk) {
-    const std::optional<std::wstring> hardwareId = ReadFirstHardwareId(set, device);
-    if (!hardwareId) {
-        WriteLog(L"CompositeDeviceSetup: Get device id fail,error code 0x%08X", GetLastError());
-        walk.Failed = true;
-        return WalkStep::Stop;
+// Walks over the devices with the ID: states 1 and 2 change each of them; state 0 with LOADUSBCCGP
+// ends at the first and leaves it in `toInstall`. False with its log line.
+bool VisitDevices(HDEVINFO set, std::uint32_t state, const std::wstring* compositeId,
+                  std::optional<SP_DEVINFO_DATA>& toInstall) {
+    DeviceWalk walk(set);
+    while (walk.Next()) {
+        const std::optional<std::wstring> hardwareId = ReadFirstHardwareId(set, walk.Entry());
+        if (!hardwareId) {
+            WriteLog(L"CompositeDeviceSetup: Get device id fail,error code 0x%08X", GetLastError());
+            return false;
+        }
+        if (!IsCompositeDevice(*hardwareId, compositeId)) {
+            continue;
+        }
+        if (state == CompositeInstall && ReadConfigSwitch(L"USERSETTING", L"LOADUSBCCGP")) {
+            toInstall = walk.Entry();
+            return true;
+        }
+        if ((state == CompositeEnable || state == CompositeDisable) &&
+            !ChangeDeviceState(set, walk.Entry(), state)) {
+            return false;
+        }
     }
-    if (!IsCompositeDevice(*hardwareId, compositeId)) {
-        return WalkStep::Next;
+    if (walk.BrokeOff()) {
+        WriteLog(L"CompositeDeviceSetup: Enum device set info fail,error code 0x%08X",
+                 GetLastError());
+        return false;
     }
-    if (state == CompositeInstall && ReadConfigSwitch(L"USERSETTING", L"LOADUSBCCGP")) {
-        walk.FoundDevice = true;
-        walk.Device = device;
-        return WalkStep::Stop;
-    }
-    if (state == CompositeEnable || state == CompositeDisable) {
-        walk.Failed = !ChangeDeviceState(set, device, state);
-    }
-    return walk.Failed ? WalkStep::Stop : WalkStep::Next;
+    return true;
 }
 
 } // namespace
@@ -114,20 +111,9 @@ bool CompositeDeviceSetup(std::uint32_t state, std::wstring* compositeId) {
                  GetLastError());
         return false;
     }
-    DeviceWalk walk;
-    const WalkEnd end = WalkDevices(set.Get(), [&](SP_DEVINFO_DATA& device) {
-        return VisitDevice(set.Get(), device, state, compositeId, walk);
-    });
-    if (walk.Failed) {
+    std::optional<SP_DEVINFO_DATA> toInstall;
+    if (!VisitDevices(set.Get(), state, compositeId, toInstall)) {
         return false;
     }
-    if (walk.FoundDevice) {
-        return InstallCompositeDriver(set.Get(), walk.Device, *compositeId);
-    }
-    if (end == WalkEnd::Failed) {
-        WriteLog(L"CompositeDeviceSetup: Enum device set info fail,error code 0x%08X",
-                 GetLastError());
-        return false;
-    }
-    return true;
+    return !toInstall || InstallCompositeDriver(set.Get(), *toInstall, *compositeId);
 }

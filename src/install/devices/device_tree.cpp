@@ -4,8 +4,8 @@
 #include "platform/platform.h"
 
 bool ReenumerateDeviceTree() {
-    // The logged code is the thread's last error, on purpose: the same kind of code as in every
-    // other line, although these functions return a code of their own.
+    // These functions return a code of their own; the log shows the thread's last error all the
+    // same, so that every code in it is of one kind.
     DEVINST root = 0;
     if (CM_Locate_DevNodeW(&root, nullptr, CM_LOCATE_DEVNODE_NORMAL) != CR_SUCCESS) {
         WriteLog(L"RefreshDeviceSet: Locate device root node fail,error code 0x%08X",

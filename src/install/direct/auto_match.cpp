@@ -1,11 +1,12 @@
 #include "install/direct/auto_match.h"
 
 #include "config/config_reader.h"
-#include "config/driver_packet.h"
-#include "inf/models.h"
+#include "inf/packet_ids.h"
 #include "install/composite/composite_setup.h"
 #include "install/devices/device_ids.h"
 #include "install/devices/device_nodes.h"
+#include "install/devices/device_walk.h"
+#include "install/direct/match_count.h"
 
 namespace {
 
@@ -38,31 +39,26 @@ MatchSettings ReadSettings() {
     return settings;
 }
 
-// The hardware IDs of all INF files of the packet. An ID that two INF files list is kept twice: it
+// The hardware IDs of all INF files of the packet. An ID that two INF files list is there twice: it
 // is then expected twice.
-bool CollectPacketIds(TextList& ids) {
-    const std::wstring folder = GetDriverDir();
-    TextList infSet;
-    if (!FindDriverPacketFiles(folder, L"*.INF", infSet) || infSet.empty()) {
-        WriteLog(L"AutoDeviceMatch: Get driver packet %s inf set fail,error code 0x%08X",
-                 folder.c_str(), GetLastError());
+bool CollectPacketIds(DeviceIdList& ids) {
+    InfSet infs;
+    if (!ListPacketInfs(infs,
+                        L"AutoDeviceMatch: Get driver packet %s inf set fail,error code 0x%08X")) {
         return false;
     }
-    for (const std::wstring& inf : infSet) {
-        DeviceIdList infIds;
-        if (!GetDeviceIDFromInf(inf, infIds)) {
-            WriteLog(L"AutoDeviceMatch: Get device id from inf %s fail,error code 0x%08X",
-                     inf.c_str(), GetLastError());
-            return false;
-        }
-        ids.insert(ids.end(), infIds.begin(), infIds.end());
+    std::wstring unreadable;
+    if (!CollectDeviceIds(infs, ids, unreadable)) {
+        WriteLog(L"AutoDeviceMatch: Get device id from inf %s fail,error code 0x%08X",
+                 unreadable.c_str(), GetLastError());
+        return false;
     }
     return true;
 }
 
 // One look at the present devices: clears `matched` and collects the IDs of those that the packet
 // lists.
-bool CollectMatches(const TextList& packetIds, TextList& matched) {
+bool CollectMatches(const DeviceIdList& packetIds, TextList& matched) {
     matched.clear();
     const DeviceInfoSetOwner set(
         SetupDiGetClassDevsW(nullptr, nullptr, nullptr, DIGCF_PRESENT | DIGCF_ALLCLASSES));
@@ -70,31 +66,30 @@ bool CollectMatches(const TextList& packetIds, TextList& matched) {
         WriteLog(L"AutoDeviceMatch: Get all present device fail,error code 0x%08X", GetLastError());
         return false;
     }
-    bool readable = true;
-    const WalkEnd end = WalkDevices(set.Get(), [&](SP_DEVINFO_DATA& device) {
-        const std::optional<std::wstring> instanceId = ReadInstanceId(set.Get(), device);
+    DeviceWalk walk(set.Get());
+    while (walk.Next()) {
+        const std::optional<std::wstring> instanceId = ReadInstanceId(set.Get(), walk.Entry());
         if (!instanceId) {
             WriteLog(L"AutoDeviceMatch: Get device Instance id fail!,error code : 0X%08X",
                      GetLastError());
-            readable = false;
-            return WalkStep::Stop;
+            return false;
         }
         std::wstring deviceId = DeviceIdOf(*instanceId);
         if (!instanceId->empty() && ListHolds(packetIds, deviceId)) {
             matched.push_back(std::move(deviceId));
         }
-        return WalkStep::Next;
-    });
-    if (end == WalkEnd::Failed) {
+    }
+    if (walk.BrokeOff()) {
         WriteLog(L"AutoDeviceMatch: Enum device set info fail,error code 0x%08X", GetLastError());
         return false;
     }
-    return readable;
+    return true;
 }
 
-// Switches the composite device off and on, so that functions that failed to start get another
-// chance.
-bool RestartCompositeDevice() {
+// What is tried before the last look: disables and enables the composite device. It is asked for
+// without an ID, which no device has, so that devices of others stay on; what remains is the look
+// itself.
+bool TakeFinalChance() {
     WriteLog(L"AutoDeviceMatch: Max Cycle reached, device still not match complete,trying final "
              L"chance");
     if (!CompositeDeviceSetup(CompositeDisable, nullptr)) {
@@ -123,8 +118,8 @@ bool IsFinished(const MatchSettings& settings, int expected, int count) {
     return false;
 }
 
-Decision Decide(const MatchSettings& settings, const TextList& packetIds, const TextList& matched,
-                MatchState& state) {
+Decision Decide(const MatchSettings& settings, const DeviceIdList& packetIds,
+                const TextList& matched, MatchState& state) {
     if (matched.empty()) {
         WriteLog(L"AutoDeviceMatch: No device matched in %d seconds", settings.FirstArrive);
         return Decision::Failed;
@@ -145,7 +140,7 @@ Decision Decide(const MatchSettings& settings, const TextList& packetIds, const 
         }
         state.FinalChanceTaken = true;
         // The last look follows at once and counts as the same cycle.
-        return RestartCompositeDevice() ? Decision::NextCycle : Decision::Failed;
+        return TakeFinalChance() ? Decision::NextCycle : Decision::Failed;
     }
     WriteLog(L"AutoDeviceMatch: %d devices matched in match cycle %d,total %d device", count,
              state.Cycle, expected);
@@ -161,7 +156,7 @@ bool AutoDeviceMatch(TextList& matched) {
     Sleep(TimeToAppear);
     matched.clear();
     const MatchSettings settings = ReadSettings();
-    TextList packetIds;
+    DeviceIdList packetIds;
     if (!CollectPacketIds(packetIds)) {
         return false;
     }

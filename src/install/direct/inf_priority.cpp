@@ -1,12 +1,9 @@
 #include "install/direct/inf_priority.h"
 
-#include "config/driver_packet.h"
 #include "inf/driver_files.h"
-#include "install/devices/device_ids.h"
-#include "platform/platform.h"
+#include "install/direct/class_rank.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace {
 
@@ -15,25 +12,23 @@ std::uint32_t RankOfInf(const std::wstring& infPath) {
     return GetInfClassName(infPath, className) ? RankOfClass(className) : RankOfUnreadableClass;
 }
 
+bool GoesBefore(const std::wstring& left, const std::wstring& right) {
+    return RankOfInf(left) < RankOfInf(right);
+}
+
 } // namespace
 
-bool GetInfSetWithPriority(TextList& infSet) {
-    infSet.clear();
-    const std::wstring folder = GetDriverDir();
-    if (!FindDriverPacketFiles(folder, L"*.INF", infSet) || infSet.empty()) {
-        WriteLog(L"GetInfSetWithPriority: Get driver packet %s inf set fail,error code 0x%08X",
-                 folder.c_str(), GetLastError());
+bool GetInfSetWithPriority(InfSet& infs) {
+    infs.clear();
+    if (!ListPacketInfs(
+            infs, L"GetInfSetWithPriority: Get driver packet %s inf set fail,error code 0x%08X")) {
         return false;
     }
-    std::vector<std::pair<std::uint32_t, std::wstring>> ranked;
-    ranked.reserve(infSet.size());
-    for (std::wstring& inf : infSet) {
-        const std::uint32_t rank = RankOfInf(inf);
-        ranked.emplace_back(rank, std::move(inf));
+    // Each INF is inserted behind those of its rank. Every comparison reads both INF files, so
+    // there are few of them; and a file that changes between two readings can spoil the order, but
+    // never lead out of the list, as it could with the library's sort.
+    for (auto inf = infs.begin(); inf != infs.end(); ++inf) {
+        std::rotate(std::upper_bound(infs.begin(), inf, *inf, GoesBefore), inf, inf + 1);
     }
-    std::stable_sort(ranked.begin(), ranked.end(),
-                     [](const auto& left, const auto& right) { return left.first < right.first; });
-    std::transform(ranked.begin(), ranked.end(), infSet.begin(),
-                   [](auto& entry) { return std::move(entry.second); });
     return true;
 }

@@ -2,12 +2,12 @@
 
 #include "common/run_state.h"
 #include "config/config_reader.h"
-#include "inf/models.h"
-#include "install/devices/device_ids.h"
+#include "inf/packet_ids.h"
 #include "install/devices/device_tree.h"
-#include "install/devices/newdev.h"
+#include "install/devices/driver_update.h"
 #include "install/direct/auto_match.h"
 #include "install/direct/inf_priority.h"
+#include "install/direct/match_count.h"
 #include "install/mode_switch/shift_device.h"
 
 namespace {
@@ -42,8 +42,8 @@ Outcome AfterFailure(const InstallContext& context, const std::wstring& deviceId
     if (error == ERROR_FILE_NOT_FOUND) {
         WriteLog(L"UpdateInstall: installed with inf %s is not found.", inf.c_str());
     }
-    // Read afresh, on purpose, here and below: whatever the last error is by now decides and is
-    // what the log shows.
+    // Read afresh here and below: the log library may have changed the last error, and what it is
+    // by now decides and is what the log shows.
     if (GetLastError() == ERROR_NO_SUCH_DEVINST) {
         WriteLog(L"UpdateInstall: device %s does not match .", deviceId.c_str());
     }
@@ -117,37 +117,30 @@ bool MatchDevices(TextList& devices) {
     return true;
 }
 
-bool OrderInfs(TextList& infSet) {
-    if (!GetInfSetWithPriority(infSet)) {
+bool OrderInfs(InfSet& infs) {
+    if (!GetInfSetWithPriority(infs)) {
         return false;
     }
     int position = 0;
-    for (const std::wstring& inf : infSet) {
+    for (const std::wstring& inf : infs) {
         WriteLog(L"UpdateInstall: Inf %s priority is %d", inf.c_str(), position++);
     }
     return true;
 }
 
-bool InstallAll(const TextList& infSet, TextList& devices) {
-    const LibraryOwner newDev(LoadLibraryW(L"NewDev.dll"));
-    if (!newDev) {
-        WriteLog(L"UpdateInstall: Load newdev.dll fail,error code 0x%08X", GetLastError());
-        return false;
-    }
-    const auto update = GetFunction<UpdateDriverForPlugAndPlayDevicesFunction>(
-        newDev.Get(), "UpdateDriverForPlugAndPlayDevicesW");
+bool InstallAll(const InfSet& infs, TextList& devices) {
+    const auto update = FindUpdateDriver(
+        L"UpdateInstall: Load newdev.dll fail,error code 0x%08X",
+        L"UpdateInstall: Get function UpdateDriverForPlugAndPlayDevices address fail,error code "
+        L"0x%08X");
     if (update == nullptr) {
-        WriteLog(
-            L"UpdateInstall: Get function UpdateDriverForPlugAndPlayDevices address fail,error "
-            L"code 0x%08X",
-            GetLastError());
         return false;
     }
     const InstallContext context{update, ReadConfigInt(L"INSTALL", L"RETRYCOUNT"),
-                                 ReadConfigInt(L"INSTALL", L"INTERVAL"), infSet.back()};
+                                 ReadConfigInt(L"INSTALL", L"INTERVAL"), infs.back()};
     WriteLog(L"UpdateInstall: Retry count is %d times,retry interval is %d seconds",
              context.RetryCount, context.RetryInterval);
-    for (const std::wstring& inf : infSet) {
+    for (const std::wstring& inf : infs) {
         if (!OfferInf(context, inf, devices)) {
             return false;
         }
@@ -159,7 +152,7 @@ bool InstallAll(const TextList& infSet, TextList& devices) {
 
 bool UpdateInstall() {
     TextList devices;
-    TextList infSet;
-    return ShiftDevice() && RefreshDeviceSet() && MatchDevices(devices) && OrderInfs(infSet) &&
-           InstallAll(infSet, devices);
+    InfSet infs;
+    return ShiftDevice() && RefreshDeviceSet() && MatchDevices(devices) && OrderInfs(infs) &&
+           InstallAll(infs, devices);
 }

@@ -4,7 +4,7 @@
 #include "common/run_state.h"
 #include "config/config_reader.h"
 #include "install/composite/composite_ids.h"
-#include "install/mode_switch/shift_order.h"
+#include "install/mode_switch/shift_walk.h"
 
 namespace {
 
@@ -37,8 +37,9 @@ bool ShiftDevice() {
     if (!ReadConfigSwitch(L"SHIFTDEVICE", L"NEEDSHIFTDEVICE")) {
         return true;
     }
-    if (InstallModeValue == 0) {
-        // For its log lines only. No install road comes here with mode 0 today.
+    if (InstallModeValue == ModeStage) {
+        // For its log lines, which tell support what was plugged. An install run in this mode does
+        // not switch.
         std::wstring presentDevice;
         GetCompositeDeviceIDExist(presentDevice);
     }

@@ -1,8 +1,8 @@
 #include "install/mode_switch/shift_order.h"
 
 #include "common/text.h"
-#include "install/devices/device_ids.h"
 #include "install/mode_switch/scsi_command.h"
+#include "install/mode_switch/shift_target.h"
 #include "platform/owners.h"
 
 #include <array>

@@ -26,7 +26,3 @@ ShiftOrder VendorOrder(std::wstring deviceId);
 
 // The SCSI command to the CD-ROM with hardware ID `deviceId`.
 ShiftOrder ScsiOrder(std::wstring deviceId, std::wstring command);
-
-// Sends the order to the first present device that it is for. False with a "ShiftDevice: ..." line
-// when a system call fails; a device that is not there is logged and true.
-bool SendToFirstMatch(const ShiftOrder& order);

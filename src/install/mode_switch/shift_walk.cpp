@@ -1,8 +1,8 @@
-#include "install/devices/device_nodes.h"
-#include "install/mode_switch/shift_order.h"
+#include "install/mode_switch/shift_walk.h"
 
-#include <algorithm>
-#include <cstddef>
+#include "install/devices/device_nodes.h"
+#include "install/devices/device_walk.h"
+#include "platform/sized_read.h"
 
 namespace {
 
@@ -11,28 +11,23 @@ enum class Visit { NoMatch, Switched, Failed };
 // Reads the path of a device interface and the devnode behind it. False with its log line.
 bool ReadInterface(HDEVINFO set, SP_DEVICE_INTERFACE_DATA& member, SP_DEVINFO_DATA& device,
                    std::wstring& path) {
-    DWORD size = 0;
-    bool read =
-        SetupDiGetDeviceInterfaceDetailW(set, &member, nullptr, 0, &size, nullptr) != FALSE ||
-        GetLastError() == ERROR_INSUFFICIENT_BUFFER;
-    if (read) {
-        size = std::max<DWORD>(size, sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W));
-        // Zeroed and one character longer, so that the path is terminated in any case.
-        const auto block = std::make_unique<std::byte[]>(size + sizeof(wchar_t));
-        auto* const detail = reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_W*>(block.get());
-        detail->cbSize = sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W);
-        device.cbSize = sizeof(device);
-        read =
-            SetupDiGetDeviceInterfaceDetailW(set, &member, detail, size, nullptr, &device) != FALSE;
-        if (read) {
-            path = detail->DevicePath;
+    SizedBlock block;
+    const auto query = [&](void* bytes, DWORD size, DWORD* needed) {
+        auto* const detail = static_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_W*>(bytes);
+        if (detail != nullptr) {
+            detail->cbSize = sizeof(*detail);
+            device.cbSize = sizeof(device);
         }
-    }
-    if (!read) {
+        return SetupDiGetDeviceInterfaceDetailW(set, &member, detail, size, needed,
+                                                detail == nullptr ? nullptr : &device);
+    };
+    if (ReadSized(block, sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W), query) != SizedRead::Done) {
         WriteLog(L"ShiftDevice: Get device interface detail fail,error code 0x%08X",
                  GetLastError());
+        return false;
     }
-    return read;
+    path = block.As<SP_DEVICE_INTERFACE_DETAIL_DATA_W>()->DevicePath;
+    return true;
 }
 
 Visit VisitInterface(HDEVINFO set, SP_DEVICE_INTERFACE_DATA& member, const ShiftOrder& order) {
@@ -61,18 +56,15 @@ bool SendToFirstMatch(const ShiftOrder& order) {
         WriteLog(order.NoInterfacesLine, GetLastError());
         return false;
     }
-    SP_DEVICE_INTERFACE_DATA member{};
-    member.cbSize = sizeof(member);
-    for (DWORD index = 0; SetupDiEnumDeviceInterfaces(set.Get(), nullptr, &order.InterfaceClass,
-                                                      index, &member) != FALSE;
-         ++index) {
-        const Visit visit = VisitInterface(set.Get(), member, order);
+    InterfaceWalk walk(set.Get(), order.InterfaceClass);
+    while (walk.Next()) {
+        const Visit visit = VisitInterface(set.Get(), walk.Entry(), order);
         if (visit != Visit::NoMatch) {
             // Only the first device is switched: one order must not reach somebody's second one.
             return visit == Visit::Switched;
         }
     }
-    if (!EnumerationIsComplete()) {
+    if (walk.BrokeOff()) {
         WriteLog(L"ShiftDevice: Enum device interface detail finish,exit code 0x%08X",
                  GetLastError());
         return false;

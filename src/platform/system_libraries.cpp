@@ -1,0 +1,5 @@
+#include "platform/system_libraries.h"
+
+HMODULE LoadSystemLibrary(const wchar_t* name) {
+    return LoadLibraryW(name);
+}

@@ -7,7 +7,6 @@
 // Deals with every device of the set whose ID the INF lists, install runs only: a device without a
 // class or of the INF's own class (`className`, upper-cased) is removed; one that now sits under
 // another class is marked for reinstallation and its instance ID added to ReinstallMarkedDevices.
-// Takes the set over. True when the set was walked to its end, also when the walk stopped at a
-// device whose instance ID cannot be read; false when the enumeration broke off. Logs "CleanDevice:
-// ..." lines.
+// Takes the set over. False when the enumeration broke off; a device whose instance ID cannot be
+// read also ends the walk, but is true. Logs "CleanDevice: ..." lines.
 bool CleanDevice(const std::wstring& className, const DeviceIdList& ids, DeviceInfoSetOwner set);

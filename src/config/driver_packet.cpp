@@ -26,13 +26,13 @@ bool FindDriverPacketFiles(const std::wstring& folder, const std::wstring& patte
     }
     files.clear();
     WIN32_FIND_DATAW entry{};
-    const FileSearchOwner search(
-        FindFirstFileW(Cut(folder + pattern, PathCapacity).c_str(), &entry));
+    const FileSearchOwner search(FindFirstFileW((folder + pattern).c_str(), &entry));
     if (!search) {
         return GetLastError() == ERROR_FILE_NOT_FOUND;
     }
     do {
-        files.push_back(Cut(folder + entry.cFileName, PathCapacity));
+        // Not cut: a shortened name could be that of another file.
+        files.push_back(folder + entry.cFileName);
     } while (FindNextFileW(search.Get(), &entry) != FALSE);
     return true;
 }

@@ -9,7 +9,7 @@
 inline constexpr std::array<std::wstring_view, 5> KnownDecorations{L"", L"NT", L"NTx86", L"NTIA64",
                                                                    L"NTAMD64"};
 
-// True when a section with this decoration applies to a machine of `architecture` (the value of
-// SYSTEM_INFO.wProcessorArchitecture). Only whole known decorations apply, case ignored: one that
-// carries a Windows version ("NTamd64.6.1") never does.
+// True when a machine of `architecture` (the value of SYSTEM_INFO.wProcessorArchitecture) takes the
+// decoration, case ignored. One that carries a Windows version ("NTamd64.6.1") is none of the known
+// ones and never taken.
 bool DecorationApplies(std::wstring_view decoration, std::uint16_t architecture);

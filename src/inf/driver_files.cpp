@@ -18,8 +18,8 @@ bool CollectCopySections(const std::wstring& infPath, const std::wstring& instal
         if (!MatchPlatformDecoration(decoration)) {
             continue;
         }
-        // The empty decoration asks for the name with a final dot. The bare install section is
-        // never read, on purpose: packets for this program list their files in decorated sections.
+        // The empty decoration gives the name with a final dot. The bare install section is not
+        // read: its files would be deleted by the cleanup, which packets do not count with.
         const std::wstring name =
             Cut(std::wstring(installSection).append(L".").append(decoration), PathCapacity);
         if (!GetInfSectionTextByKey(infPath, name, L"CopyFiles", lines)) {
@@ -44,16 +44,18 @@ void AppendFiles(const std::wstring& infPath, const InfLineList& lines,
                  const TextList& copySections, DriverFileList& entries) {
     for (std::size_t position = 0; position < lines.size(); ++position) {
         const std::wstring& fileName = CheckedAt(lines[position].Fields, 1);
-        // Compares folders with a file name, on purpose: a file that is listed twice is kept twice.
+        // Compares a file name with folders, which never are one: a file that is listed twice is
+        // there twice, and the log tells so.
         if (FolderIsListed(entries, fileName)) {
             continue;
         }
         // The line's position picks the section whose folder counts, not the section that the line
-        // stands in; packets for this program copy one file per section. A longer section ends the
-        // process: better no cleanup than a file deleted from a wrong folder.
+        // stands in. Where there is no such section the process ends: better no cleanup than a file
+        // deleted from a wrong folder.
+        // Without a folder, or with one that cannot be read, the file counts as not existing.
         std::wstring folder;
         GetDestinationDir(infPath, CheckedAt(copySections, position), folder);
-        entries.push_back({Cut(folder, PathCapacity), fileName});
+        entries.push_back({folder, fileName});
     }
 }
 
@@ -95,6 +97,7 @@ bool GetDestinationDir(const std::wstring& infPath, const std::wstring& copySect
     } else {
         folder += number;
     }
+    folder = Cut(folder, PathCapacity);
     return true;
 }
 

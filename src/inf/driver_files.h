@@ -18,12 +18,12 @@ bool GetInfClassName(const std::wstring& infPath, std::wstring& className);
 // Puts the destination folder of a copy section into `folder`, by its entry in [DestinationDirs] or
 // by "DefaultDestDir"; leaves `folder` as it was when there is neither. Folder 12 is the system's
 // driver folder, 11 its SYSTEM32, 10 the Windows folder and a subfolder; another text is appended
-// to `folder` as it stands. False when the INF cannot be read. Ends the process at a 10 without a
-// subfolder.
+// to `folder` as it stands. At most 259 characters. False when the INF cannot be read. Ends the
+// process at an entry without a value, and at a 10 without a subfolder.
 bool GetDestinationDir(const std::wstring& infPath, const std::wstring& copySection,
                        std::wstring& folder);
 
-// Clears `entries` and fills it with the files that the INF's install sections copy. False when the
-// INF or one of its sections cannot be read. Ends the process when a copy section has more lines
+// Clears `entries` and fills it with the files that the INF's install sections copy. False when any
+// of the sections in question is unreadable. Ends the process when a copy section has more lines
 // than there are copy sections (see the definition), and at a line without a file name.
 bool GetDriverFileList(const std::wstring& infPath, DriverFileList& entries);

@@ -3,10 +3,10 @@
 
 #include "inf/section_reader.h"
 
-// Hardware and compatible IDs of one INF, in first-seen order and spelling, without duplicates.
+// The hardware and compatible IDs that an INF lists, each once and as it is first spelt.
 using DeviceIdList = TextList;
 
-// True when a section with this decoration applies to the running machine.
+// True when the machine at hand takes sections with this decoration (see DecorationApplies).
 bool MatchPlatformDecoration(std::wstring_view decoration);
 
 // Clears `lines` and fills it with the lines of all models sections that apply: per manufacturer

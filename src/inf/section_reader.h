@@ -1,5 +1,5 @@
-// The sections of an INF file as lines and fields. All INF syntax (comments, quotes, continued
-// lines, string keys) is the system parser's business; what it returns is kept as it is.
+// Reading of INF sections, line by line and field by field. All INF syntax (comments, quotes,
+// continued lines, string keys) is the system parser's business; what it returns is kept as it is.
 #pragma once
 
 #include "common/text.h"

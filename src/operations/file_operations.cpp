@@ -81,7 +81,7 @@ bool ExecutSingleFileOper(const std::wstring& line) {
         LogFailedRequest(line);
         return true;
     }
-    // What refuses a line without a call to the system leaves this error.
+    // The code of the failures in which Windows is not asked at all.
     SetLastError(ERROR_INVALID_PARAMETER);
     TextList parameters;
     if (!ExpandFileOperVariables(line, parameters)) {

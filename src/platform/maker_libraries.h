@@ -10,15 +10,16 @@
 
 extern "C" {
 
-// Quenlor64.DLL: writes one line to the log. A wide printf format, "%s" is a wide string. Leaves
-// the thread's last error as it is.
+// Quenlor64.DLL: writes one line to the log. A wide printf format, "%s" is a wide string. Our
+// library leaves the thread's last error as it is; of the maker's that is not known.
 MAKER_LIBRARY void WriteLog(const wchar_t* format, ...);
 
-// Vantrel64.DLL: installs the process-wide hook; `path` is the library's own full path. Zero means
-// failure, GetLastError() tells why.
+// Vantrel64.DLL: is told its own full path before an installation. What the maker's library does
+// then is not known; ours does nothing. Zero means failure, GetLastError() tells why.
 MAKER_LIBRARY unsigned char SetHook(const wchar_t* path);
 
-// Vantrel64.DLL: removes the hook. Zero means failure, GetLastError() tells why.
+// Vantrel64.DLL: the counterpart, at the end of every process. Zero means failure, GetLastError()
+// tells why.
 MAKER_LIBRARY unsigned char CleanHook();
 
 } // extern "C"

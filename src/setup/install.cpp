@@ -28,6 +28,7 @@ bool InstallPacket() {
 } // namespace
 
 bool Install() {
+    // A file section fails for want of a name only, and so never here.
     if (!CleanSystemEnv() || !RunRegeditSection(L"PRE_REG_OPER") ||
         !RunFileOperSection(L"PRE_FILE_OPER")) {
         return false;

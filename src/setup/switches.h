@@ -5,7 +5,6 @@
 
 enum class Switch { None, Install, Uninstall, Invalid };
 
-// Reads the switch: the whole text from the first '-' to the end of the line, case ignored, is "-i"
-// or
-// "-u". None without any '-'; everything else is invalid, also a trailing blank.
+// Reads the switch. Everything from the first '-' on counts, in either case: "-i" and "-u" are the
+// two switches, anything else, such as a blank behind them, is Invalid. None without any '-'.
 Switch ReadSwitch(std::wstring_view commandLine);

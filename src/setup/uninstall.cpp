@@ -86,6 +86,7 @@ bool GetDevIDToUnInstall(DeviceIdList& ids) {
 }
 
 bool UnInstall(bool isRealUninstall) {
+    // A file section fails for want of a name only, and so never here.
     if (!RunRegeditSection(L"PRE_REG_OPER") || !RunFileOperSection(L"PRE_FILE_OPER")) {
         return false;
     }

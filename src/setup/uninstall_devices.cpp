@@ -60,8 +60,8 @@ bool VisitDevice(HDEVINFO set, SP_DEVINFO_DATA& device, const DeviceIdList& ids,
         if (id.empty()) {
             continue;
         }
-        // Goes on after a match: a device that matches two IDs is recorded twice. The second
-        // removal then fails and is logged, which harms nothing.
+        // No end at the first match: whoever matches two of the IDs is removed a second time, which
+        // fails, is logged, and harms nothing.
         if (Contains(deviceId, UpperCase(Cut(id, DeviceIdCapacity))) &&
             !RecordDevice(set, device, fullId, removals, oemInfs)) {
             return false;

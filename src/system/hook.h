@@ -5,9 +5,9 @@
 // library refuses.
 bool InstallHook();
 
-// Removes the hook when it is destroyed. The program's one instance does so while the process ends,
-// in every run, also in one that installed no hook: the library cleans up what an earlier run left.
-// Logs "CHookHelper: UnInstall hook fail, ..." when the library fails.
+// Calls CleanHook when it is destroyed. The program's one instance is, while the process ends: in
+// every run, also in one that never called SetHook. Logs "CHookHelper: UnInstall hook fail, ..."
+// when the library fails.
 class CHookHelper {
 public:
     CHookHelper() = default;

@@ -1,14 +1,14 @@
-// The serial-port driver services of the maker's devices, recognised by their display name.
+// Renaming of the maker's serial-port services. Their display name tells that they are the maker's.
 #pragma once
 
 #include "platform/platform.h"
 
 #include <cstdint>
 
-// Stops each of the maker's serial-port services and gives it a numbered display name, so that
-// several can be told apart. 0xFFFFFFFF when the service manager cannot be opened, 0 otherwise,
-// also when the services cannot be listed. Writes no log line.
+// Walks the system's driver services; each of the maker's is stopped and gets a display name with
+// its place in the list, so that equal ones can be told apart. 0xFFFFFFFF without access to the
+// service manager, else 0, whether or not there was a list to walk. Writes no log line.
 std::uint32_t AdjustSerialServices();
 
-// Walks `count` records of driver services and renames those that carry the marker. Always 1.
+// Does so for the first `count` records of `services`. Always 1; nothing reads it.
 int RenameSerialServices(SC_HANDLE manager, const ENUM_SERVICE_STATUSW* services, DWORD count);

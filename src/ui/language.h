@@ -9,8 +9,9 @@
 using LanguageText = std::array<wchar_t, 256>;
 
 // Sets `language` to the code that the registry request of Setup.ini [USERLANG] LOCATION reads,
-// "EN" when the value is missing or empty. False with "LoadLangConfig: No user language ..." when
-// no request is configured, and with "LoadLangConfig: Get user language ..." when it cannot be run.
+// "EN" when the request fails or the value is missing or empty. False with "LoadLangConfig: No user
+// language ..." when no request is configured. (A request that is there never fails as a whole; if
+// it did, "LoadLangConfig: Get user language ..." would be its line.)
 bool LoadLangConfig(std::wstring& language);
 
 // Reads the text of `key` from the language's section into `text`; an absent key gives an empty

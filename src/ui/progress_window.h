@@ -1,5 +1,5 @@
-// The optional progress window: one line of text in the user's language. It has no buttons and is
-// never closed by the program; it goes with the process.
+// The optional progress window: one line of text in the user's language, nothing to click on. Only
+// the end of the process closes it.
 #pragma once
 
 #include <string>

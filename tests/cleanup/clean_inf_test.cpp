@@ -226,13 +226,24 @@ TEST_CASE("Files of the store that cannot be deleted are reported, and the clean
                 Deleted("oem0.PNF"), Missing("oem1.inf"), Missing("oem1.PNF")});
 }
 
-TEST_CASE("The twin of a name without an extension is the bare PNF, as it has no dot") {
+TEST_CASE("The twin of an INF without an extension has its name and PNF behind it") {
     Machine m;
     m.WriteText(L"D:\\Packet\\WIN7\\noext", Inf{.Ids = {Id}}.Text());
     m.AddOemInf(Inf{.Ids = {OtherId}});
     CHECK(CleanInf(L"D:\\Packet\\WIN7\\noext"));
-    CHECK(m.CallsOf("GetFileAttributesW").size() == 2);
-    CHECK(m.Log().front() == Missing("noext"));
+    CHECK(m.Log() == Lines{Missing("noext"), Missing("noext.PNF")});
+}
+
+TEST_CASE("Without a Windows folder there is no store, also not on the current drive") {
+    Machine m;
+    const std::wstring inf = AddPacketInf(m);
+    m.AddOemInf(Inf{.Ids = {Id}});
+    m.FailCallsFrom("GetWindowsDirectoryW", 1, ERROR_ACCESS_DENIED);
+    CHECK_FALSE(CleanInf(inf));
+    CHECK(m.CallsOf("FindFirstFileW") == Lines{});
+    REQUIRE(m.Log().size() == 1);
+    CHECK(m.Log()[0].starts_with("CleanInf: Get file set from  fail,error code 0x"));
+    CHECK(m.Exists(L"C:\\Windows\\INF\\oem0.inf"));
 }
 
 TEST_CASE("An OEM INF of the store without IDs, or an INF without any, matches nothing") {

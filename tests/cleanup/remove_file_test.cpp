@@ -1,6 +1,7 @@
 // Deleting files, and the driver files of a packet INF.
 #include "cleanup/remove_file.h"
 #include "machine/machine.h"
+#include "machine/text.h"
 #include "support/doctest_support.h"
 
 using namespace machine;
@@ -140,5 +141,22 @@ TEST_CASE("An INF that cannot be read gives false, an INF that copies nothing tr
 TEST_CASE("The twin of an INF has the extension PNF behind its last dot") {
     CHECK(PrecompiledTwin(L"C:\\Windows\\INF\\oem1.inf") == L"C:\\Windows\\INF\\oem1.PNF");
     CHECK(PrecompiledTwin(L"C:\\a.b\\x.y.inf") == L"C:\\a.b\\x.y.PNF");
-    CHECK(PrecompiledTwin(std::wstring(300, L'a') + L".inf").size() == 259);
+    CHECK(PrecompiledTwin(std::wstring(300, L'a') + L".inf") == std::wstring(300, L'a') + L".PNF");
+}
+
+TEST_CASE("The twin of an INF without an extension lies beside it, whatever its folder is called") {
+    CHECK(PrecompiledTwin(L"C:\\Windows\\INF\\oem1") == L"C:\\Windows\\INF\\oem1.PNF");
+    CHECK(PrecompiledTwin(L"C:\\a.b\\oem1") == L"C:\\a.b\\oem1.PNF");
+    CHECK(PrecompiledTwin(L"oem1") == L"oem1.PNF");
+}
+
+TEST_CASE(
+    "A file without a drive or a server in its path does not exist, wherever the program is") {
+    for (const wchar_t* path : {L"driver.sys", L"", L"D", L"D:driver.sys", L"13driver.sys",
+                                L"\\SYSTEM32\\DRIVERS\\driver.sys", L".\\driver.sys"}) {
+        const Machine m;
+        DeleteFileWithLog(path);
+        CHECK(m.Story() == Lines{"LOG RemoveFile: File " + Utf8(path) + " not exist"});
+        CHECK(m.Calls() == Lines{});
+    }
 }

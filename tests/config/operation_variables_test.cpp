@@ -145,13 +145,20 @@ TEST_CASE("A line that has its fixed fields only has no parameters") {
     CHECK(m.Journal() == Lines{});
 }
 
-TEST_CASE("A line with fewer than its fixed fields is refused") {
+TEST_CASE("A file operation with fewer than its fixed fields is refused") {
     const Machine m;
     TextList parameters;
     CHECK_FALSE(ExpandFileOperVariables(L"2,C:\\tmp\\,a.txt,x", parameters));
     CHECK_FALSE(ExpandFileOperVariables(L"2", parameters));
-    CHECK_FALSE(ExpandRegeditVariables(L"2,HKEY_LOCAL_MACHINE,K,V,x", parameters));
-    CHECK_FALSE(ExpandRegeditVariables(L"$CD", parameters));
+}
+
+TEST_CASE("A registry request with fewer than its fixed fields has no parameters") {
+    const Machine m;
+    for (const wchar_t* line : {L"2,HKEY_LOCAL_MACHINE,K,V,x", L"$CD", L","}) {
+        TextList parameters{L"old"};
+        CHECK(ExpandRegeditVariables(line, parameters));
+        CHECK(parameters == TextList{});
+    }
 }
 
 TEST_CASE("An empty line is refused") {

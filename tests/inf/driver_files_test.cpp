@@ -115,6 +115,14 @@ TEST_CASE("A known folder replaces what was there, another number is appended to
     CHECK(DestinationOf(L"[DestinationDirs]\r\nDrvCopy=\r\n", L"before") == L"before");
 }
 
+TEST_CASE("A destination folder has at most 259 characters") {
+    const std::wstring tail(300, L'f');
+    CHECK(DestinationOf(L"[DestinationDirs]\r\nDrvCopy=10," + tail + L"\r\n") ==
+          (L"C:\\Windows\\" + tail).substr(0, 259));
+    CHECK(DestinationOf(L"[DestinationDirs]\r\nDrvCopy=13\r\n", std::wstring(258, L'b')) ==
+          std::wstring(258, L'b') + L"1");
+}
+
 TEST_CASE("A subfolder of the folders 11 and 12 is not looked at") {
     CHECK(DestinationOf(L"[DestinationDirs]\r\nDrvCopy=12,UMDF\r\n") == Drivers);
 }

@@ -95,6 +95,7 @@ struct Service {
     bool Running = false;
     std::wstring BinaryPath = L"\\SystemRoot\\System32\\drivers\\test.sys";
     std::wstring StartName{};
+    bool NoTexts = false; // no path and no start name at all, as null pointers
     DWORD Type = SERVICE_KERNEL_DRIVER;
     DWORD OpenError = 0;   // OpenServiceW fails with it
     DWORD QueryError = 0;  // QueryServiceConfigW fails with it, the size query included

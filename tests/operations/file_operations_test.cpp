@@ -2,6 +2,7 @@
 #include "operations/file_operations.h"
 
 #include "machine/machine.h"
+#include "machine/text.h"
 #include "support/doctest_support.h"
 
 using namespace machine;
@@ -220,13 +221,20 @@ TEST_CASE("A copy line whose destination was cut copies nothing") {
     CHECK(m.Log()[0].ends_with(" fail,error code 0x000000CE"));
 }
 
-TEST_CASE("A path that ends with the last character of a cut line is not trusted") {
-    // "2,<folder>,<name>" takes all 259 characters, the rest is gone.
+TEST_CASE("A path that ends where its line is cut is used when it is whole") {
     const std::wstring folder = L"C:\\" + std::wstring(200, L'f') + L"\\";
-    const std::wstring name(259 - 3 - folder.size(), L'n');
-    const Lines story = StoryOf(L"2,%s," + name + L",x,x," + folder);
-    CHECK(story.size() == 1);
-    CHECK(story.back().ends_with(" fail,error code 0x000000CE"));
+    for (const std::size_t length : {258U, 259U, 260U}) {
+        CAPTURE(length);
+        // "2,<folder>,<name>" takes so many characters; what follows, its comma included, is cut.
+        const std::wstring name(length - 3 - folder.size(), L'n');
+        const Lines story = StoryOf(L"2,%s," + name + L",x,x," + folder);
+        if (length <= 259) {
+            CHECK(story.front() == "DeleteFileW(" + Utf8(folder + name) + ")");
+        } else {
+            CHECK(story.size() == 1);
+            CHECK(story.back().ends_with(" fail,error code 0x000000CE"));
+        }
+    }
 }
 
 TEST_CASE("A line that is cut behind the fields it uses is carried out") {

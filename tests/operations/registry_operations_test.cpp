@@ -230,6 +230,13 @@ TEST_CASE("A query without a place for the value does no harm") {
     CHECK(m.Log() == Lines{});
 }
 
+TEST_CASE("A value that is asked for without a place for it may be of any length") {
+    Machine m;
+    m.SetRegistryText(Key, L"Long", std::wstring(1024, L'w'));
+    Run(L"3,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,Long,x,1,p");
+    CHECK(m.Log() == Lines{});
+}
+
 TEST_CASE("A value of 2,048 bytes is read whole, a longer one not at all") {
     Machine m;
     RegistryData data = DataOf(L"before");
@@ -266,6 +273,9 @@ TEST_CASE("What a query brings holds nothing of what was in the data before") {
 TEST_CASE("An opcode that is none does nothing, in the registry as well") {
     for (const wchar_t* opcode : {L"0", L"4", L"-1", L"x", L""}) {
         CHECK(StoryOf(opcode + std::wstring(L",HKEY_LOCAL_MACHINE,K,V,x,1,p")) == Lines{});
+        // Also when the line outgrows its buffer, filled or as it is written.
+        CHECK(StoryOf(opcode + std::wstring(L",%s,K,V,x,1,") + std::wstring(400, L'p')) == Lines{});
+        CHECK(StoryOf(opcode + std::wstring(L",R,K,V,x,1,") + std::wstring(1020, L'p')) == Lines{});
     }
 }
 
@@ -314,6 +324,24 @@ TEST_CASE("A request that is cut behind the fields it uses is carried out") {
     Run(L"1,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,A,a,1," + std::wstring(400, L'p'));
     CHECK(m.RegistryText(Key, L"A") == L"a");
     CHECK(m.Log() == Lines{});
+}
+
+TEST_CASE("A request whose six fields fill the buffer to its end is carried out") {
+    for (const std::size_t length : {258U, 259U, 260U}) {
+        CAPTURE(length);
+        Machine m;
+        const std::wstring start = L"1,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,A,";
+        const std::wstring data(length - start.size() - 2, L'd');
+        Run(start + data + L",1,p");
+        if (length <= 259) {
+            CHECK(m.RegistryText(Key, L"A") == data);
+            CHECK(m.Log() == Lines{});
+        } else {
+            CHECK_FALSE(m.RegistryKeyExists(Key));
+            REQUIRE(m.Log().size() == 1);
+            CHECK(m.Log()[0].ends_with("error code 0x000000CE"));
+        }
+    }
 }
 
 TEST_CASE("A request as long as its buffer is logged and not carried out") {

@@ -309,6 +309,20 @@ TEST_CASE("Names beyond ASCII are shown whole, in UTF-8") {
           "got it\n");
 }
 
+TEST_CASE("A service without a path or a start name shows that it has none") {
+    Machine m;
+    m.AddService({.Name = L"s", .DisplayName = Marker});
+    m.ServiceAt(L"s").NoTexts = true;
+    OutputCapture output;
+    CHECK(AdjustSerialServices() == 0);
+    CHECK(output.Text() ==
+          "---------------------------------------\n"
+          "DisplayName: Omdrel USB Device for Legacy Serial Communication Pexil9s\n"
+          "BinaryPathName: (null)\n"
+          "ServiceStartName: (null)\n"
+          "got it\n");
+}
+
 TEST_CASE("A service that cannot be renamed is shown at each attempt") {
     Machine m;
     AddServices(m, 2, {0});

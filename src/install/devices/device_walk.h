@@ -16,8 +16,8 @@ public:
     // The entry that Next() came to.
     Item& Entry() { return entry_; }
 
-    // True when the enumeration did not come to its end; the last error tells why. A class
-    // installer may clear the last error at the end, so that "no error" is an end as well.
+    // True when the enumeration did not come to its end; the last error tells why. An end that left
+    // no error at all is an end as well.
     [[nodiscard]] bool BrokeOff() const {
         return error_ != ERROR_NO_MORE_ITEMS && error_ != ERROR_SUCCESS;
     }

@@ -13,9 +13,8 @@ void TellMainThread(UINT message) {
     PostThreadMessageW(MainThreadId, message, GetCurrentThreadId(), 0);
 }
 
-// Opens what a thread needs and signals that it runs. Empty when a semaphore cannot be opened: the
-// main thread then goes on waiting for the signal, which is intended, as a machine whose named
-// objects are out of order must not be half installed.
+// Opens what a thread needs and signals that it runs. Empty when a semaphore cannot be opened; the
+// main thread then goes on waiting for the signal.
 KernelObjectOwner OpenCopiedAndSignalReady(const wchar_t* copiedFailureLine) {
     KernelObjectOwner copied(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, CopiedSemaphoreName));
     if (!copied) {
@@ -24,8 +23,8 @@ KernelObjectOwner OpenCopiedAndSignalReady(const wchar_t* copiedFailureLine) {
     }
     const KernelObjectOwner ready(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, ReadySemaphoreName));
     if (!ready) {
-        // Both threads write the watchdog's name here. Kept: the line has always read so, and the
-        // thread IDs in the log tell the two apart.
+        // Both threads write the watchdog's name here: logs are searched for the text. The thread
+        // IDs tell the two apart.
         WriteLog(L"PreInstallWatchDogThreadFun: Open preinstall ready semaphore fail, error code "
                  L"0x%08X",
                  GetLastError());
@@ -37,7 +36,8 @@ KernelObjectOwner OpenCopiedAndSignalReady(const wchar_t* copiedFailureLine) {
 
 bool CopyInfToStore(const std::wstring& inf, HANDLE copied) {
     WriteLog(L"PreInstallWorkItemThreadFun: Copying inf %s to system inf floder...", inf.c_str());
-    // The line says FORCE, the copy style is 0: an INF that is already in the store is not forced.
+    // The line says FORCE, the copy style says nothing: with a forcing style the copy would replace
+    // a newer INF in the store.
     WriteLog(L"PreInstallWorkItemThreadFun: Copying inf to system inf floder : FORCE");
     std::array<wchar_t, PathCapacity + 1> destination{};
     if (SetupCopyOEMInfW(inf.c_str(), nullptr, SPOST_PATH, 0, destination.data(),
@@ -56,13 +56,13 @@ bool CopyInfToStore(const std::wstring& inf, HANDLE copied) {
 } // namespace
 
 DWORD WINAPI PreInstallWorkItemThreadFun(LPVOID parameter) {
-    const TextList infSet = *static_cast<const TextList*>(parameter);
+    const InfSet infs = *static_cast<const InfSet*>(parameter);
     KernelObjectOwner copied = OpenCopiedAndSignalReady(
         L"PreInstallWorkItemThreadFun: Open preinstall watchdog semaphore fail, error code 0x%08X");
     if (!copied) {
         return 0;
     }
-    for (const std::wstring& inf : infSet) {
+    for (const std::wstring& inf : infs) {
         if (!CopyInfToStore(inf, copied.Get())) {
             TellMainThread(CopyFailedMessage);
             return 0;
@@ -75,8 +75,7 @@ DWORD WINAPI PreInstallWorkItemThreadFun(LPVOID parameter) {
 
 DWORD WINAPI PreInstallWatchDogThreadFun(LPVOID parameter) {
     const DWORD count = *static_cast<const DWORD*>(parameter);
-    // Without a configured limit this is 0, and the first copy is late at once. Intended: a packet
-    // that is staged must say how long a copy may take.
+    // Without a configured limit this is 0, and the first copy is late at once.
     const DWORD limit = Milliseconds(ReadConfigInt(L"INSTALL", L"COPYOEMTIMEOUT"));
     const KernelObjectOwner copied = OpenCopiedAndSignalReady(
         L"PreInstallWatchDogThreadFun: Open preinstall watchdog semaphore fail, error code 0x%08X");

@@ -3,7 +3,7 @@
 // semaphores and through thread messages alone.
 #pragma once
 
-#include "common/text.h"
+#include "config/driver_packet.h"
 #include "platform/platform.h"
 
 // Released once for each INF that has been copied.
@@ -16,11 +16,13 @@ inline constexpr UINT CopyTimedOutMessage = 2025;
 inline constexpr UINT CopyFailedMessage = 2026;
 inline constexpr UINT AllCopiedMessage = 2027;
 
-// Thread entry; the parameter is a `const TextList*` of INF paths, which is copied before the
-// thread signals that it is ready. 1 when all were copied, 0 otherwise; nobody reads it.
+// Thread entry. Copies the INF files of the `const InfSet*` that it is given, which must live until
+// the thread has signalled that it is ready. Posts one of the last two messages. Its result, 1 when
+// all were copied and 0 otherwise, is the thread's exit code.
 DWORD WINAPI PreInstallWorkItemThreadFun(LPVOID parameter);
 
-// Thread entry; the parameter is a `const DWORD*`, the number of INF files to wait for, read before
-// the thread signals that it is ready. Each wait has the time limit [INSTALL] COPYOEMTIMEOUT. 1
-// after its waits, 0 when a semaphore could not be opened.
+// Thread entry. Waits for as many copies as the `const DWORD*` says that it is given, which must
+// live until the thread has signalled that it is ready; [INSTALL] COPYOEMTIMEOUT limits each wait.
+// Posts the first message when one is not met in time. Its exit code is 0 without its semaphores,
+// else 1.
 DWORD WINAPI PreInstallWatchDogThreadFun(LPVOID parameter);

@@ -37,11 +37,21 @@ TEST_CASE("The IDs of all INF files are collected in listing order") {
     Machine m;
     m.AddInf(L"WIN7\\b.inf", Inf{.Ids = {L"USB\\VID_3A9D&PID_9011&MI_00"}});
     m.AddInf(L"WIN7\\a.inf", Inf{.Ids = {Id9001 + L"&MI_00"}});
-    TextList ids{L"what was there before"};
-    bool exact = true;
+    TextList ids;
+    bool exact = false;
     CHECK(GetCompositeDeviceIDFromInf(ids, exact));
     CHECK(ids == TextList{Id9001, L"USB\\VID_3A9D&PID_9011"});
     CHECK_FALSE(exact);
+}
+
+TEST_CASE("The packet's composite IDs join the caller's list, and the flag only ever rises") {
+    Machine m;
+    m.AddInf(L"WIN7\\a.inf", Inf{.Ids = {Id9001 + L"&MI_00", L"USB\\VID_3A9D&PID_9011&MI_00"}});
+    TextList ids{L"usb\\vid_3a9d&pid_9011", L"what was there before"};
+    bool exact = true;
+    CHECK(GetCompositeDeviceIDFromInf(ids, exact));
+    CHECK(ids == TextList{L"usb\\vid_3a9d&pid_9011", L"what was there before", Id9001});
+    CHECK(exact);
 }
 
 TEST_CASE("A lower-case interface mark is found") {

@@ -2,12 +2,26 @@
 
 #include "install/engine.h"
 
+#include <algorithm>
+
 using namespace machine;
 
 namespace {
 
 std::wstring InPacket(const std::wstring& name) {
     return L"D:\\Packet\\WIN7\\" + name;
+}
+
+// The one-letter names of the INF files that could not be read, once for each reading.
+std::string UnreadableInfs(const Machine& m) {
+    const std::string before = "GetInfSectionText: Get inf D:\\Packet\\WIN7\\";
+    std::string names;
+    for (const std::string& line : m.Log()) {
+        if (line.starts_with(before)) {
+            names += line[before.size()];
+        }
+    }
+    return names;
 }
 
 } // namespace
@@ -45,6 +59,43 @@ TEST_CASE("An INF that cannot be read stays in the list, at its end") {
     CHECK(GetInfSetWithPriority(order));
     CHECK(order == TextList{InPacket(L"b.inf"), InPacket(L"a.inf")});
     CheckTidy(m);
+}
+
+TEST_CASE("Every comparison reads both INF files anew") {
+    Machine m;
+    m.AddInf(L"WIN7\\a.inf", L"this is no INF");
+    m.AddInf(L"WIN7\\b.inf", Inf{.Class = L"Media"});
+    m.AddInf(L"WIN7\\c.inf", L"neither is this");
+    TextList order;
+    CHECK(GetInfSetWithPriority(order));
+    CHECK(order == TextList{InPacket(L"b.inf"), InPacket(L"a.inf"), InPacket(L"c.inf")});
+    // b with a; c with a, behind which it belongs.
+    CHECK(UnreadableInfs(m) == "aca");
+}
+
+TEST_CASE("A single INF needs no comparison and is not read") {
+    Machine m;
+    m.AddInf(L"WIN7\\a.inf", L"this is no INF");
+    TextList order;
+    CHECK(GetInfSetWithPriority(order));
+    CHECK(order == TextList{InPacket(L"a.inf")});
+    CHECK(m.Log() == Lines{FolderLine});
+}
+
+TEST_CASE("An INF whose class changes between two readings keeps the list whole") {
+    Machine m;
+    for (int number = 0; number < 40; ++number) {
+        m.AddInf(L"WIN7\\" + std::to_wstring(100 + number) + L".inf", Inf{.Class = L"Net"});
+    }
+    // From some reading on every INF but the first is of another class, or cannot be read at all.
+    for (int reading = 1; reading < 60; reading += 7) {
+        m.FailCall("SetupOpenInfFileW", reading, ERROR_SHARING_VIOLATION);
+    }
+    TextList order;
+    CHECK(GetInfSetWithPriority(order));
+    CHECK(order.size() == 40);
+    std::sort(order.begin(), order.end());
+    CHECK(std::unique(order.begin(), order.end()) == order.end());
 }
 
 TEST_CASE("INF files of one class stay in listing order") {

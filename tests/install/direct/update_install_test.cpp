@@ -420,6 +420,14 @@ TEST_CASE("A newdev library that cannot be used ends the operation") {
     }
 }
 
+TEST_CASE("The newdev library stays loaded, as a thread of it may still run") {
+    Machine m;
+    Describe(m);
+    CHECK(UpdateInstall());
+    CHECK(m.Open("library") == 1);
+    CHECK(m.CallsOf("FreeLibrary") == Lines{});
+}
+
 TEST_CASE("Devices of an ID that two INF files list get the first one of the listing") {
     Machine m;
     InstallModeValue = 1;

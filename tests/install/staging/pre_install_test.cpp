@@ -220,6 +220,21 @@ TEST_CASE("The ready semaphores of a failed start are closed before the function
     }
 }
 
+TEST_CASE("The handle that a start was waited for with is closed before the start is told") {
+    Machine m;
+    AddPacket(m, 1, FiveSeconds);
+    CHECK(PreInstall());
+    const Lines journal = m.Journal();
+    const auto before = [&journal](const std::string& line) {
+        const auto found = std::find(journal.begin(), journal.end(), line);
+        return found == journal.end() ? "no such line" : *(found - 1);
+    };
+    CHECK(before("LOG PreInstall: Watchdog thread started, thread id 0x00000104") ==
+          "CloseHandle(semaphore3)");
+    CHECK(before("LOG PreInstall: Workitem thread started, thread id 0x00000108") ==
+          "CloseHandle(semaphore6)");
+}
+
 TEST_CASE("A message that cannot be fetched counts as a foreign one") {
     Machine m;
     AddPacket(m, 1, FiveSeconds);

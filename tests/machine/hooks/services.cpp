@@ -131,8 +131,8 @@ BOOL WINAPI HookQueryServiceConfigW(SC_HANDLE handle, LPQUERY_SERVICE_CONFIGW co
     config->dwServiceType = service->Type;
     config->dwStartType = SERVICE_DEMAND_START;
     config->lpDisplayName = texts.Put(service->DisplayName);
-    config->lpBinaryPathName = texts.Put(service->BinaryPath);
-    config->lpServiceStartName = texts.Put(service->StartName);
+    config->lpBinaryPathName = service->NoTexts ? nullptr : texts.Put(service->BinaryPath);
+    config->lpServiceStartName = service->NoTexts ? nullptr : texts.Put(service->StartName);
     config->lpLoadOrderGroup = texts.Put(L"");
     config->lpDependencies = texts.Put(L"");
     return TRUE;

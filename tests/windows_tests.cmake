@@ -20,6 +20,7 @@ endfunction()
 file(GLOB_RECURSE machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
 add_library(setup_machine STATIC ${machine_sources})
 setup_tests_options(setup_machine)
+include(conformance/conformance.cmake)
 
 include(${CMAKE_SOURCE_DIR}/cmake/rename_imports_of.cmake)
 
@@ -43,6 +44,7 @@ list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
 # What shows that memory is guarded says nothing where it is not.
 set(memory_sources machine_selftest/guarded_memory_test.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/guarded_memory_test\\.cpp$")
+list(REMOVE_ITEM test_sources ${statement_sources} ${system_world_sources})
 
 # The program's log formats, for the tests that must know every line it writes.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -65,10 +67,15 @@ target_precompile_headers(setup_test_objects PRIVATE <doctest/doctest.h> machine
 set_source_files_properties(support/doctest_main.cpp PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
 set_source_files_properties(docs/page.cpp PROPERTIES
     COMPILE_DEFINITIONS PAGE_PATH="${CMAKE_SOURCE_DIR}/docs/setup-ini.md")
+# The lists of functions whose calls were led to the machine.
+set_source_files_properties(conformance/machine_test.cpp PROPERTIES COMPILE_DEFINITIONS
+    "CORE_IMPORTS=\"${CMAKE_CURRENT_BINARY_DIR}/libsetup_core_under_test.a.map\"")
 target_compile_definitions(setup_test_objects PUBLIC DOCTEST_CONFIG_NO_MULTITHREADING)
 target_include_directories(setup_test_objects SYSTEM PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/include)
 target_include_directories(setup_test_objects PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
 
+rename_imports(conformance_statements setup_machine under_test statements_under_test)
+add_custom_target(statements_copy DEPENDS ${statements_under_test})
 foreach(suffix IN ITEMS "" ${checked})
     rename_imports_of(under_test${suffix} setup_machine under_test "${suffix}")
     add_executable(setup_tests${suffix} ${memory_sources})
@@ -77,6 +84,11 @@ foreach(suffix IN ITEMS "" ${checked})
     setup_tests_options(setup_tests${suffix})
     target_link_libraries(setup_tests${suffix} PRIVATE setup_test_objects)
     link_under_test(setup_tests${suffix} "${suffix}")
+    # Statements enter themselves into their list: they are linked whole as well.
+    set_property(TARGET setup_tests${suffix} APPEND PROPERTY LINK_DEPENDS ${statements_under_test})
+    target_link_options(setup_tests${suffix} PRIVATE
+        "SHELL:-Wl,--whole-archive ${statements_under_test} -Wl,--no-whole-archive")
+    add_dependencies(setup_tests${suffix} statements_copy)
 endforeach()
 if(TARGET setup_tests_checked)
     # This copy of the file comes before the one in the machine's library, which then stays out.

@@ -20,6 +20,8 @@ extern const GUID CdromInterface;
 struct Interface {
     GUID ClassGuid{};
     std::wstring Path{};
+    // False: nobody serves it, as that of a device that is not plugged or not started.
+    bool Active = true;
     // Not 0: opening the path fails with this error.
     DWORD OpenError = 0;
     // Not 0: DeviceIoControl on the opened path fails with this error (the order is recorded all

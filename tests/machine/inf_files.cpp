@@ -63,6 +63,10 @@ BOOL InfInformation(const std::wstring& realPath, PSP_INF_INFORMATION result, DW
     if (needed != nullptr) {
         *needed = static_cast<DWORD>(block.size());
     }
+    if (result == nullptr && size >= block.size()) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
     if (result != nullptr && size < block.size()) {
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return FALSE;

@@ -8,6 +8,7 @@
 #include "setup/install.h"
 #include "setup/switches.h"
 #include "setup/uninstall.h"
+#include "setup/version.h"
 #include "system/hook.h"
 #include "ui/progress_window.h"
 
@@ -29,7 +30,7 @@ std::int64_t SecondsNow() {
 }
 
 void ShowVersion() {
-    MessageBoxW(nullptr, L"Version: 3.1.16.0428", L"Version", MB_OK);
+    MessageBoxW(nullptr, L"Version: " VERSION_TEXT, L"Version", MB_OK);
 }
 
 bool RunInstall() {

@@ -4,9 +4,10 @@
 
 #include "config/driver_packet.h"
 #include "inf/driver_files.h"
-#include "inf/models.h"
-#include "install/devices/device_ids.h"
+#include "inf/packet_ids.h"
+#include "install/direct/class_rank.h"
 #include "install/direct/inf_priority.h"
+#include "install/direct/match_count.h"
 
 #include <algorithm>
 

@@ -6,7 +6,7 @@ needed_packages=(
     g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 lld doctest-dev
     clang-tidy clang-format
     libcli11-dev nlohmann-json3-dev
-    wine64 xvfb imagemagick fonts-dejavu-core
+    wine64 xvfb imagemagick fonts-dejavu-core chromium
 )
 
 as_root() {

@@ -5,6 +5,8 @@ import shutil
 import sys
 from collections.abc import Callable
 
+from certify import command as certify
+
 from . import commands, generations, host, layout
 
 _DESCRIPTION = ("Makes a Wine machine, plugs modems, runs the real program on it and shows what "
@@ -83,6 +85,9 @@ def _parser() -> argparse.ArgumentParser:
     command(commands.collect, "collect",
             "write logs, journals and differences into a folder").add_argument("folder")
     command(commands.end, "end", "end a machine and remove it")
+    one = command(certify.certify, "certify", "certify a driver packet", named=False)
+    one.description = certify.DESCRIPTION
+    certify.add_arguments(one, list(generations.GENERATIONS))
     one = command(commands.check, "check", "check a modem description", named=False)
     one.add_argument("description", help="a modem description: a file, or a name in lab/packets")
     one.add_argument("--registry", action="store_true", help="print what the driver is told")

@@ -81,7 +81,8 @@ def _attempt(arguments: Sequence[str], env: dict[str, str], timeout: float) -> t
 
 
 def capture(prefix: pathlib.Path, arguments: Sequence[str], timeout: float,
-            display: str | None = None, extra: dict[str, str] | None = None) -> str:
+            display: str | None = None, extra: dict[str, str] | None = None,
+            repeat: bool = True) -> str:
     """Runs one of Wine's tools to its end and returns what it printed. A tool that fails is run
     once more, and a second failure is a LabError with what it said: an empty answer is never taken
     for one."""
@@ -89,11 +90,12 @@ def capture(prefix: pathlib.Path, arguments: Sequence[str], timeout: float,
     env = environment(prefix, display, extra)
     told = " ".join(arguments)
     fault, text = _attempt(whole, env, timeout)
-    if fault:
+    if fault and repeat:
         print(f"lab: {told}: {fault}, tried again: {text}", file=sys.stderr, flush=True)
         fault, text = _attempt(whole, env, timeout)
     if fault:
-        raise layout.LabError(f"{told} failed twice: {fault}: {text or 'nothing was printed'}")
+        often = " twice" if repeat else ""
+        raise layout.LabError(f"{told} failed{often}: {fault}: {text or 'nothing was printed'}")
     return text
 
 

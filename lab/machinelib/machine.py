@@ -55,7 +55,7 @@ class Machine:
     ended on every way out; when a run failed its folder stays, and the place is printed."""
 
     def __init__(self, name: str | None = None, generation: str = "WIN7",
-                 wants_screen: bool = False, keep: bool = False, pace: int = 1):
+                 wants_screen: bool = False, pace: int = 1, keeps_failures: bool = True):
         self.name = _free_name() if name is None else _checked_name(name)
         self.folder = layout.MACHINES / self.name
         self.prefix = self.folder / "prefix"
@@ -63,7 +63,7 @@ class Machine:
         self.generation = generation
         # How many times as fast the waits of the program and the delays of the modems pass.
         self.pace = pace
-        self._keep = keep
+        self._keeps_failures = keeps_failures
         # Further environment variables for the programs that are started.
         self.variables: dict[str, str] = {}
         self._on = False
@@ -158,7 +158,7 @@ class Machine:
 
     def __exit__(self, kind, *_) -> None:
         failed = kind is not None and issubclass(kind, Exception)
-        if failed or self._keep:
+        if failed and self._keeps_failures:
             self.off()
             self._end_screen()
             print(f"machine kept in {self.folder}", file=sys.stderr)
@@ -200,12 +200,14 @@ class Machine:
 
     # Running
 
-    def on(self) -> None:
-        """Starts the machine: its drivers run, its bus shows its devices."""
-        if not self._on:
-            host.server(self.prefix, "-p")
-            self._on = True
-            (self.folder / _IS_ON).touch()
+    def on(self) -> bool:
+        """Starts the machine: its drivers run, its bus shows its devices. True when it was off."""
+        if self._on:
+            return False
+        host.server(self.prefix, "-p")
+        self._on = True
+        (self.folder / _IS_ON).touch()
+        return True
 
     def _display(self) -> str | None:
         return self._screen and self._screen.display
@@ -279,10 +281,11 @@ class Machine:
 
     # Looking at a machine
 
-    def tool(self, *arguments: str, timeout: float = 60) -> str:
+    def tool(self, *arguments: str, timeout: float = 60, repeat: bool = True) -> str:
         """Runs one of Wine's tools or the lab's; what it printed. LabError when it fails."""
         self.on()
-        return host.capture(self.prefix, arguments, timeout, self._display(), self._environment())
+        return host.capture(self.prefix, arguments, timeout, self._display(), self._environment(),
+                            repeat)
 
     def export(self, key: str) -> str:
         """The .reg text of a key of a running machine, volatile keys included."""

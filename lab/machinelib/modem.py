@@ -2,6 +2,7 @@
 
 import pathlib
 import shutil
+import sys
 from collections.abc import Iterable
 
 import modem_description
@@ -31,17 +32,21 @@ def described(description: str | pathlib.Path) -> modem_description.Description:
 
 def plug(machine: Machine, description: str | pathlib.Path) -> None:
     """Plugs the modems of a description. They show when the machine is next on."""
-    reg_text = described(description).reg_text(machine.pace)
+    plug_described(machine, described(description))
+
+
+def plug_described(machine: Machine, description: modem_description.Description) -> None:
+    """The same for a description that was read already."""
     if not _DRIVER.exists() or not _CONTROL.exists():
         raise layout.LabError(f"the virtual modem is not built: {_DRIVER}")
     shutil.copy2(_DRIVER, machine.prefix / layout.DRIVERS)
     shutil.copy2(_CONTROL, machine.prefix / "drive_c" / "lab")
-    machine.seed(reg_text)
+    machine.seed(description.reg_text(machine.pace))
 
 
-def control(machine: Machine, *arguments: str) -> str:
+def control(machine: Machine, *arguments: str, repeat: bool = True) -> str:
     """Steers the modems of a machine that is on; see modemctl.exe."""
-    return machine.tool("C:\\lab\\modemctl.exe", *arguments)
+    return machine.tool("C:\\lab\\modemctl.exe", *arguments, repeat=repeat)
 
 
 def plug_plain(machine: Machine, instance_ids: Iterable[str] = PLAIN_MODEM) -> None:
@@ -55,9 +60,22 @@ def journal(machine: Machine) -> str:
 
 
 def wait_settled(machine: Machine, seconds: int = 15) -> None:
-    """Turns the machine on and waits until the bus has shown what it shows at the begin."""
-    machine.on()
-    if (machine.prefix / "drive_c" / "lab" / "modemctl.exe").exists():
+    """Turns the machine on and waits until the bus has shown what it shows at the begin.
+
+    On a busy host Wine 8 fails to start about one time in three hundred: the process that loads the
+    driver crashes in IoCreateDevice, which Wine itself has called without a driver. A machine that
+    was just turned on is therefore turned off and on again, once."""
+    just_turned_on = machine.on()
+    if not (machine.prefix / "drive_c" / "lab" / "modemctl.exe").exists():
+        return
+    try:
+        control(machine, "wait", str(seconds), repeat=not just_turned_on)
+    except layout.LabError as error:
+        if not just_turned_on:
+            raise
+        print(f"lab: {error}; starting the machine again", file=sys.stderr, flush=True)
+        machine.off()
+        machine.on()
         control(machine, "wait", str(seconds))
 
 

@@ -11,6 +11,8 @@ from .machine import Machine
 Changes = dict[str, dict[str, object]]
 
 PACKETS = layout.LAB / "packets"
+# Files that every Windows has and Wine has not.
+SYSTEM_FILES = PACKETS / "system"
 
 # The gap filler takes the place of the hook library, which the program loads anyway.
 _GAP_FILLER = layout.BUILD / "lab" / "Vantrel64.DLL"
@@ -35,8 +37,7 @@ def furnish(machine: Machine, packet: str | pathlib.Path = "demo") -> None:
     folder = find_packet(packet)
     machine.place(layout.BUILD / "Setup.exe", layout.BUILD / "Quenlor64.DLL", _GAP_FILLER, folder)
     template.unshare(machine.prefix, {path.name.lower() for path in folder.rglob("*")})
-    # Files that every Windows has and Wine has not.
-    shutil.copytree(PACKETS / "system", machine.prefix / layout.INF_STORE, dirs_exist_ok=True)
+    shutil.copytree(SYSTEM_FILES, machine.prefix / layout.INF_STORE, dirs_exist_ok=True)
 
 
 def settings(machine: Machine, changes: Changes) -> None:

@@ -21,7 +21,7 @@ constexpr const char* kUsage =
 
 constexpr DWORD kPollInterval = 20;
 constexpr DWORD kNotDescribed = ERROR_FILE_NOT_FOUND; // the driver knows no modem of that number
-constexpr int kDriverPolls = 1500; // thirty seconds: a busy host starts the drivers late
+constexpr int kDriverPolls = 1000; // twenty seconds: a busy host starts the drivers late
 
 class ControlDevice {
 public:

@@ -8,7 +8,7 @@ import tempfile
 import unittest
 from unittest import mock
 
-from machinelib import command_line, host, layout, machine, screen, template
+from machinelib import command_line, host, layout, machine, modem, screen, template
 
 
 class Bench(unittest.TestCase):
@@ -132,7 +132,8 @@ class Running(Bench):
     def test_a_switch_must_be_given_once(self):
         for arguments in ((), ("install",), ("-i", "-u"), ("-x",)):
             with self.subTest(arguments):
-                self.assertEqual(self.lab("run", "mine", *arguments)[0], 2)
+                status, printed = self.lab("run", "mine", *arguments)
+                self.assertEqual((status, "usage:" in printed), (2, True), printed)
 
     def test_the_switch_is_the_one_that_was_given(self):
         # An optional positional argument beside the options would overwrite them under some
@@ -164,6 +165,49 @@ class Running(Bench):
         self.assertEqual(status, 0)
         for name in ("GAPFILL_KILL=N", "GAPFILL_COPY=hang:N", "exit status"):
             self.assertIn(name, printed)
+
+
+class Settling(Bench):
+    """Waiting for the modems of a machine that was just turned on."""
+
+    def settle(self, failures, is_on=False):
+        """What was done: turned off, and tried, with or without a repetition."""
+        done = []
+
+        def tool(_, *arguments, repeat=True, **__):
+            done.append(repeat)
+            if len(done) <= failures:
+                raise layout.LabError("the modem driver is not running")
+            return ""
+
+        self.standing("mine")
+        made = machine.Machine.existing("mine")
+        (made.prefix / "drive_c" / "lab").mkdir()
+        (made.prefix / "drive_c" / "lab" / "modemctl.exe").write_text("")
+        self.replace(machine.Machine, "tool", tool)
+        self.replace(host, "server")
+        if is_on:
+            made.on()
+        with contextlib.redirect_stderr(io.StringIO()):
+            modem.wait_settled(made)
+        return done
+
+    def test_a_machine_whose_drivers_did_not_start_is_started_again(self):
+        self.assertEqual(self.settle(1), [False, True])
+        self.sessions.assert_called_once()
+
+    def test_a_machine_that_settles_is_left_alone(self):
+        self.assertEqual(self.settle(0), [False])
+        self.sessions.assert_not_called()
+
+    def test_a_machine_that_fails_again_is_an_error(self):
+        with self.assertRaises(layout.LabError):
+            self.settle(2)
+
+    def test_a_machine_that_was_on_is_not_started_again(self):
+        with self.assertRaises(layout.LabError):
+            self.settle(1, is_on=True)
+        self.sessions.assert_not_called()
 
 
 class Trying(Bench):

@@ -6,7 +6,7 @@ function(rename_imports library stand_ins name result)
         OUTPUT ${renamed}
         COMMAND ${CMAKE_COMMAND} -DLIBRARY=$<TARGET_FILE:${library}>
                 -DMACHINE=$<TARGET_FILE:${stand_ins}> -DRENAMED=${renamed}
-                -DNM=${CMAKE_NM} -DOBJCOPY=${CMAKE_OBJCOPY} -DCOMPILER=${CMAKE_CXX_COMPILER}
+                -DNM=${CMAKE_NM} -DOBJCOPY=${CMAKE_OBJCOPY} -DCOMPILER=${MINGW_GXX}
                 -P ${CMAKE_SOURCE_DIR}/cmake/rename_imports.cmake
         DEPENDS ${library} ${stand_ins} $<TARGET_FILE:${library}> $<TARGET_FILE:${stand_ins}>
                 ${CMAKE_SOURCE_DIR}/cmake/rename_imports.cmake

@@ -4,7 +4,7 @@
 needed_packages=(
     cmake ninja-build g++ git python3
     g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 lld doctest-dev
-    clang-tidy clang-format
+    clang clang-tidy clang-format
     libcli11-dev nlohmann-json3-dev
     wine64 xvfb imagemagick fonts-dejavu-core chromium
 )

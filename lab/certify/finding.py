@@ -61,10 +61,11 @@ class Finding:
     steps: list[Step] = dataclasses.field(default_factory=list)
     functions: list[Function] = dataclasses.field(default_factory=list)
     # Differences to the machine before that should not be there; what a repetition has added; what
-    # else must not be; what the reader should know.
+    # else must not be; what may be meant so, or not; what the reader should know.
     left: list[str] = dataclasses.field(default_factory=list)
     grown: list[str] = dataclasses.field(default_factory=list)
     wrong: list[str] = dataclasses.field(default_factory=list)
+    doubts: list[str] = dataclasses.field(default_factory=list)
     remarks: list[str] = dataclasses.field(default_factory=list)
     nodes: str = ""
     registry: list[str] = dataclasses.field(default_factory=list)

@@ -51,6 +51,8 @@ class Inf:
     ids: frozenset[str]
     services: frozenset[str]
     catalog: str
+    # Everything that looks like a file's name.
+    files: frozenset[str]
 
     def lists(self, ids: list[str]) -> bool:
         return any(one.upper() in self.ids for one in ids)
@@ -77,8 +79,10 @@ def read_inf(path: pathlib.Path) -> Inf:
            for one in line.split(",")[1:] if "\\" in one}
     services = re.findall(r"^\s*AddService\s*=\s*([^,\s]+)", text, re.M | re.I)
     catalog = re.search(r"^\s*CatalogFile[^=\n]*=\s*(\S+)\s*$", text, re.M | re.I)
+    files = re.findall(r"[^\s=,;\"\\]+\.\w+", text)
     return Inf(path.name, frozenset(ids), frozenset(name.lower() for name in services),
-               catalog.group(1).strip('"') if catalog else "")
+               catalog.group(1).strip('"') if catalog else "",
+               frozenset(name.lower() for name in files))
 
 
 @dataclasses.dataclass(frozen=True)

@@ -125,8 +125,24 @@ class Stand:
         after = self.machine.snapshot()
         changes = self.before.registry_changes(after)
         self.finding.left += [line for line in changes if not self._stays(line, after)]
-        self.finding.left += [f"C:\\{line[2:]}" if line[0] == "+" else line
-                              for line in self.before.file_changes(after)]
+        kept = self._kept_infs()
+        for line in self.before.file_changes(after):
+            name = line[2:].lower()
+            if not any(name in files for files in kept.values()):
+                place = "C:\\" + line[2:].replace("/", "\\")
+                self.finding.left.append(place if line[0] == "+" else f"{line[0]} {place}")
+        self.finding.doubts += [
+            f"{name} stays in the store of Windows: a removal takes out the INF files of devices "
+            "that were there, and this modem has none of it" for name in kept]
+
+    def _kept_infs(self) -> dict[str, set[str]]:
+        """{an INF of the packet that is for other devices than this modem's: its files in the store
+        of Windows}"""
+        own = [id_ for node in self.subject.description.nodes for id_ in ids_of(node)]
+        names = {inf.ids: inf.name for inf in self.subject.infs if not inf.lists(own)}
+        return {names[inf.ids]: {f"windows/inf/{name}" for name in (
+                    inf.name.lower(), inf.name.lower().replace(".inf", ".pnf"), *inf.files)}
+                for inf in self.stored_infs() if inf.ids in names}
 
     def _stays(self, line: str, after: Snapshot) -> bool:
         """Whether Windows keeps that after a removal as well: the keys of services and of classes,

@@ -1,7 +1,8 @@
 """What a finding is worth. All rules of the certificate are in this file, and nothing else is.
 
 red     something that a user would suffer from, or a run that could not be made
-amber   the run ended well, and a line of its log says that something did not
+amber   the run ended well, and a line of its log says that something did not, or something stays
+        that the program leaves and an author may not expect
 green   everything that was asked for
 grey    nothing was asked for: the run is only told, or makes no sense for the packet
 """
@@ -58,7 +59,8 @@ def judge(finding: Finding) -> Verdict:
               *_quoted("left behind", finding.left), *_quoted("grown", finding.grown)]
     if faults:
         return Verdict(Colour.RED, faults)
-    doubts = _quoted("the log of a run that succeeded says", doubtful_lines(finding))
+    doubts = finding.doubts + _quoted("the log of a run that succeeded says",
+                                      doubtful_lines(finding))
     return Verdict(Colour.AMBER if doubts else Colour.GREEN, doubts)
 
 
@@ -76,7 +78,17 @@ def doubtful_lines(finding: Finding) -> list[str]:
 
 def _wrong_ends(finding: Finding) -> list[str]:
     return [f"{_numbered(finding, step)} should end with exit code {step.expected}: {step.ended}"
-            for step in finding.steps if step.exit_code != step.expected]
+            + _last_words(step) for step in finding.steps if step.exit_code != step.expected]
+
+
+def _last_words(step: Step) -> str:
+    """What a run said last before it gave up and rolled back."""
+    before, rolled_back, _ = step.log.partition("Setup: Setup process fail,begin rollback")
+    lines = [line for line in before.split("\n")[:-1] if line.strip()]
+    if not rolled_back or not lines:
+        return ""
+    # without date, time and thread
+    return "; it gave up at: " + re.sub(r"^[-\d]+ [:.\d]+ 0x\w+ ", "", lines[-1]).strip()
 
 
 def _numbered(finding: Finding, step: Step) -> str:

@@ -21,6 +21,7 @@ constexpr const char* kUsage =
 
 constexpr DWORD kPollInterval = 20;
 constexpr DWORD kNotDescribed = ERROR_FILE_NOT_FOUND; // the driver knows no modem of that number
+constexpr int kStartPolls = 250;                      // five seconds
 constexpr int kDriverPolls = 1000; // twenty seconds: a busy host starts the drivers late
 
 class ControlDevice {
@@ -143,11 +144,25 @@ int Remove(const ControlDevice& device, std::wstring instanceId) {
     return Result(device.Send(MODEM_CONTROL_REMOVE, instanceId.data(), size, nullptr, 0));
 }
 
-// The driver is started with the session; the very first program may be quicker.
+bool ServiceRuns() {
+    const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
+    const SC_HANDLE service = OpenServiceW(manager, L"vmodem", SERVICE_QUERY_STATUS);
+    SERVICE_STATUS status = {};
+    const bool known = QueryServiceStatus(service, &status) != 0;
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
+    return known && status.dwCurrentState != SERVICE_STOPPED;
+}
+
+// The driver is started with the session; the very first program may be quicker. A service that is
+// still stopped after some seconds is taken for one whose process has ended.
 bool DriverIsThere() {
-    for (int tries = 0; tries < kDriverPolls; ++tries) {
+    for (int polls = 0; polls < kDriverPolls; ++polls) {
         if (ControlDevice().IsOpen()) {
             return true;
+        }
+        if (polls >= kStartPolls && !ServiceRuns()) {
+            return false;
         }
         Sleep(kPollInterval);
     }

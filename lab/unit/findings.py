@@ -15,12 +15,13 @@ DISC = "USBSTOR\\CdRom&Ven_<Mine>\\1&0"
 JOURNAL = """\
 2026-01-02 03:04:01.000 session begins
 2026-01-02 03:04:01.100 start {disc}
-2026-01-02 03:04:05.110 order 0x0004D014 (96 bytes in, 96 bytes out) to {disc}
+2026-01-02 03:04:05.110 order 0x0004D014 (96 bytes in, 0 bytes out) to {disc}
 2026-01-02 03:04:05.111 request {disc}: {request}
 2026-01-02 03:04:05.150 unplug {disc}
 2026-01-02 03:04:06.700 start USB\\VID_1&PID_2\\5&1
 2026-01-02 03:04:20.000 session ends
-""".format(disc=DISC, request=" ".join(["38 00 00 00 01 00 02"] + ["00"] * 29 + ["11 06"] + ["00"] * 20))
+""".format(disc=DISC, request=" ".join(
+    ["38 00 00 00 01 00 02"] + ["00"] * 29 + ["11 06"] + ["00"] * 20))
 
 
 def step(switch="-i", expected=1, exit_code=1, log=LOG):

@@ -28,6 +28,13 @@ class Judging(unittest.TestCase):
                             "should end with exit code 0: exit code 1")
         self.assert_verdict(finding(steps=[step(exit_code=None)]), Colour.RED, "stopped after 9 s")
 
+    def test_a_run_that_gave_up_tells_where(self):
+        log = LOG + ("2026-01-02 03:04:12.000 0x00000010 AutoDeviceMatch: No device matched\n"
+                     "2026-01-02 03:04:12.001 0x00000010 Setup: Setup process fail,begin rollback\n"
+                     "2026-01-02 03:04:12.002 0x00000010 UnInstall: Removing\n")
+        self.assert_verdict(finding(steps=[step(exit_code=0, log=log)]), Colour.RED,
+                            "exit code 0; it gave up at: AutoDeviceMatch: No device matched")
+
     def test_each_run_of_several_counts(self):
         steps = [step(), step("-u", exit_code=0), step()]
         self.assert_verdict(finding(steps=steps), Colour.RED,
@@ -53,6 +60,9 @@ class Judging(unittest.TestCase):
     def test_a_line_of_failure_in_a_success_is_amber(self):
         doubtful = step(log=LOG + "x UpdateInstall: Something fail,error code 0x5\n")
         self.assert_verdict(finding(steps=[doubtful]), Colour.AMBER, "Something fail")
+
+    def test_what_may_be_meant_so_is_amber(self):
+        self.assert_verdict(finding(doubts=["an INF stays"]), Colour.AMBER, "an INF stays")
 
     def test_a_line_of_failure_beside_a_fault_stays_red(self):
         doubtful = step(log=LOG + "x UpdateInstall: Something fail,error code 0x5\n")

@@ -151,8 +151,8 @@ def _asked(judged: list[Judged]) -> Markup:
     return element(
         "section", element("h2", "What was asked for"),
         element("table", element("tbody", *rows), class_="card"),
-        element("p", "Green: all of that. Amber: the run ended well, and a line of its log says "
-                     "that something did not. Red: anything else. Grey: not judged.",
+        element("p", "Green: all of that. Amber: the run ended well, and something is doubtful. "
+                     "Red: anything else. Grey: not judged.",
                 class_="soft"))
 
 

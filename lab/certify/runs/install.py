@@ -52,9 +52,10 @@ def fresh(subject: Subject, finding: Finding) -> None:
         whole(stand)
         finding.wrong += _uncovered(subject)
         finding.wrong += subject.packet.faults_that_pass_here(subject.generation)
-        if picture.exists():
-            # The rest of the screen is black.
-            subprocess.run(["mogrify", "-trim", "+repage", str(picture)], check=False)
+        # The rest of the screen is black; a screen that is nothing but black cannot be trimmed.
+        if picture.exists() and subprocess.run(["mogrify", "-trim", "+repage", str(picture)],
+                                               stderr=subprocess.DEVNULL,
+                                               check=False).returncode == 0:
             finding.picture = base64.b64encode(picture.read_bytes()).decode("ascii")
 
 

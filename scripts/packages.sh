@@ -3,7 +3,7 @@
 
 needed_packages=(
     cmake ninja-build g++ git python3
-    g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 lld doctest-dev
+    g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 doctest-dev
     clang clang-tidy clang-format
     libcli11-dev nlohmann-json3-dev
     wine64 xvfb imagemagick fonts-dejavu-core chromium

@@ -2,8 +2,6 @@
 # setup_tests with what ships, setup_tests_checked with the same sources built so that they check
 # themselves. Tests and machine are compiled once, for both.
 set(not_rooms machine support native bench)
-# The linker of the tests alone; it takes a tenth of the time of the one that links what ships.
-find_program(FAST_LINKER ld.lld)
 set(checked)
 if(TARGET setup_core_checked)
     set(checked _checked)
@@ -33,9 +31,6 @@ function(link_under_test target suffix)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${copies})
     target_link_options(${target} PRIVATE -static
         -Wl,--whole-archive ${copies} -Wl,--no-whole-archive)
-    if(FAST_LINKER)
-        target_link_options(${target} PRIVATE -fuse-ld=lld)
-    endif()
     target_link_libraries(${target} PRIVATE setup_machine setupapi)
 endfunction()
 

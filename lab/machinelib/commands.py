@@ -49,7 +49,7 @@ def _show_log(text: str) -> None:
 
 
 def _shoot(machine: Machine, process: subprocess.Popen, picture: pathlib.Path) -> None:
-    """Takes the picture while the program works; it shows its window right at the begin."""
+    """Takes the picture while the program works; it shows its window right at the beginning."""
     host.wait_until(
         lambda: process.poll() is not None or "Main thread started" in machine.log(), 20)
     host.wait_until(lambda: process.poll() is not None, 1.5)

@@ -60,7 +60,7 @@ def journal(machine: Machine) -> str:
 
 
 def wait_settled(machine: Machine, seconds: int = 15) -> None:
-    """Turns the machine on and waits until the bus has shown what it shows at the begin.
+    """Turns the machine on and waits until the bus has shown what it shows at the beginning.
 
     On a busy host Wine 8 fails to start about one time in three hundred: the process that loads the
     driver crashes in IoCreateDevice, which Wine itself has called without a driver. A machine that

@@ -29,7 +29,7 @@ typedef struct {
     BOOLEAN isDescribed;
     ULONG modem;        /* the modem it is part of */
     ULONG personality;  /* the one in which it shows */
-    ULONG arrivesAfter; /* from the begin of the personality */
+    ULONG arrivesAfter; /* from the beginning of the personality */
     ULONG leavesAfter;  /* the same, 0: stays */
     BOOLEAN neverArrives;
     BOOLEAN refusesToOpen;

@@ -6,10 +6,11 @@
 // windows.h first, the others build on it.
 #include <cfgmgr32.h>
 #include <newdev.h>
-#include <ntddscsi.h>
 #include <regstr.h>
 #include <setupapi.h>
 #include <winioctl.h>
+// Builds on winioctl.h.
+#include <ntddscsi.h>
 
 #include "platform/maker_libraries.h"
 

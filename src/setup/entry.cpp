@@ -15,7 +15,7 @@
 namespace {
 
 // Removes the hook while the process ends, in every run.
-const CHookHelper HookHelper;
+const CHookHelper HookHelper{};
 
 // Calendar time in whole seconds. Only differences are used, so it counts from where the system
 // does.

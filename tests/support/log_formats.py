@@ -49,7 +49,10 @@ def main():
         formats.update(formats_in(path.read_text(encoding="utf-8")))
     output.parent.mkdir(parents=True, exist_ok=True)
     lines = [f'R"~({expression_of(text)})~",\n' for text in sorted(formats)]
-    output.write_text("".join(lines), encoding="utf-8")
+    text = "".join(lines)
+    # Left alone when nothing has changed, so that nothing is compiled anew.
+    if not output.exists() or output.read_text(encoding="utf-8") != text:
+        output.write_text(text, encoding="utf-8")
 
 
 main()

@@ -36,4 +36,7 @@ lab/machine run "$machine" -u --follow || removed=$?
 heading "The modem's nodes after the removal"
 lab/machine nodes "$machine"
 lab/machine collect "$machine" build/lab/demo
+
+heading "What else the packet must stand, on every Windows generation, takes some minutes"
+echo "lab/machine certify --packet demo --modem demo"
 exit $((installed || removed))

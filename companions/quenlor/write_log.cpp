@@ -1,6 +1,6 @@
 // The one function that Quenlor64.DLL exports.
-#include "log_file.h"
 #include "log_line.h"
+#include "log_place.h"
 
 #include "platform/owners.h"
 

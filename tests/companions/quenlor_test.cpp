@@ -2,6 +2,7 @@
 // only; that one is tested through the built library beside this executable.
 #include "../../companions/quenlor/log_file.cpp"
 #include "../../companions/quenlor/log_line.cpp"
+#include "../../companions/quenlor/log_place.cpp"
 
 #include "support/doctest_support.h"
 
@@ -98,14 +99,20 @@ public:
     BuiltLibrary()
         : library_(LoadLibraryW(L"Quenlor64.DLL")),
           writeLog(GetFunction<WriteLogFunction>(library_.Get(), "WriteLog")) {
-        GetModuleFileNameW(nullptr, path_, MAX_PATH);
-        quenlor::ReplaceFileName(path_);
+        quenlor::FindPath(quenlor::Places[0], path_, L"Setup.log", 10);
+        quenlor::FindPath(quenlor::Places[0], oldPath_, L"Setup.old.log", 14);
         DeleteFileW(path_);
+        DeleteFileW(oldPath_);
     }
-    ~BuiltLibrary() { DeleteFileW(path_); }
+    ~BuiltLibrary() {
+        DeleteFileW(path_);
+        DeleteFileW(oldPath_);
+    }
     BuiltLibrary(const BuiltLibrary&) = delete;
     BuiltLibrary& operator=(const BuiltLibrary&) = delete;
 
+    [[nodiscard]] const wchar_t* Path() const { return path_; }
+    [[nodiscard]] const wchar_t* OldPath() const { return oldPath_; }
     [[nodiscard]] bool IsLoaded() const { return writeLog != nullptr; }
     // What was logged, without the front part, whose length never changes.
     [[nodiscard]] std::string Logged() const {
@@ -116,6 +123,7 @@ public:
 private:
     Owner<LibraryKind> library_;
     wchar_t path_[MAX_PATH] = {};
+    wchar_t oldPath_[MAX_PATH] = {};
 
 public:
     const WriteLogFunction writeLog;
@@ -176,6 +184,40 @@ TEST_CASE("Appending where nothing can be written fails") {
     CHECK_FALSE(quenlor::AppendToFile(L"C:\\no such folder\\Setup.log", "x", 1));
 }
 
+TEST_CASE("A log with a second name is left alone: it may be anybody's file") {
+    const TemporaryFile file;
+    const std::wstring second = std::wstring(file.Path()) + L".second";
+    REQUIRE(CreateHardLinkW(second.c_str(), file.Path(), nullptr) != FALSE);
+    CHECK_FALSE(quenlor::AppendToFile(file.Path(), "x", 1));
+    CHECK(GetLastError() == ERROR_ACCESS_DENIED);
+    CHECK(Content(file.Path()).empty());
+    DeleteFileW(second.c_str());
+    CHECK(quenlor::AppendToFile(file.Path(), "x", 1));
+}
+
+DWORD WINAPI HoldForAWhile(void* parameter) {
+    const FileOwner file(CreateFileW(static_cast<const wchar_t*>(parameter), GENERIC_READ, 0,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+    Sleep(60);
+    return 0;
+}
+
+TEST_CASE("A log that a scanner holds for a moment is waited for") {
+    const TemporaryFile file;
+    std::wstring path = file.Path();
+    FileOwner held(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    REQUIRE(held);
+    CHECK_FALSE(quenlor::AppendToFile(path.c_str(), "never free", 10));
+    CHECK(GetLastError() == ERROR_SHARING_VIOLATION);
+    held.Close();
+    const KernelObjectOwner holder(
+        CreateThread(nullptr, 0, HoldForAWhile, path.data(), 0, nullptr));
+    Sleep(20);
+    CHECK(quenlor::AppendToFile(path.c_str(), "x", 1));
+    WaitForSingleObject(holder.Get(), INFINITE);
+    CHECK(Content(path.c_str()) == "x");
+}
+
 TEST_CASE("Lines that several threads write at once are neither mixed nor lost") {
     const TemporaryFile file;
     Writer writers[] = {
@@ -227,4 +269,57 @@ TEST_CASE("WriteLog cuts in front of a surrogate pair that does not fit as a who
     const std::wstring almost(quenlor::MaxTextLength - 1, L'x');
     library.writeLog(L"%s%s", almost.c_str(), L"\U0001F600");
     CHECK(library.Logged() == std::string(quenlor::MaxTextLength - 1, 'x') + "\r\n");
+}
+
+TEST_CASE("A log that is deleted in the middle of a run begins anew in its place") {
+    const BuiltLibrary library;
+    library.writeLog(L"one");
+    REQUIRE(DeleteFileW(library.Path()) != FALSE);
+    library.writeLog(L"two");
+    CHECK(library.Logged() == "two\r\n");
+}
+
+TEST_CASE(
+    "A log that has grown large is moved aside before a process's first line, and only then") {
+    const BuiltLibrary library;
+    const std::string large(quenlor::MostBytes, 'o');
+    REQUIRE(quenlor::AppendToFile(library.Path(), large.data(), large.size()));
+    REQUIRE(quenlor::AppendToFile(library.OldPath(), "older still", 11));
+    library.writeLog(L"one");
+    CHECK(library.Logged() == "one\r\n");
+    CHECK(Content(library.OldPath()).size() == large.size());
+    REQUIRE(quenlor::AppendToFile(library.Path(), large.data(), large.size()));
+    library.writeLog(L"two");
+    CHECK(Lines(Content(library.Path())).back().ends_with(" two"));
+    CHECK(Content(library.Path()).size() > large.size());
+}
+
+TEST_CASE("A log just below the limit goes on") {
+    const BuiltLibrary library;
+    const std::string almost(quenlor::MostBytes - 1, 'o');
+    REQUIRE(quenlor::AppendToFile(library.Path(), almost.data(), almost.size()));
+    library.writeLog(L"one");
+    CHECK(Content(library.Path()).size() > almost.size());
+    CHECK(GetFileAttributesW(library.OldPath()) == INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_CASE("A process keeps its lines in one place until that takes no more") {
+    wchar_t inTemp[MAX_PATH];
+    REQUIRE(quenlor::FindPath(quenlor::Places[1], inTemp, L"Setup.log", 10));
+    DeleteFileW(inTemp);
+    {
+        const BuiltLibrary library;
+        FileOwner held(
+            CreateFileW(library.Path(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+        library.writeLog(L"one");
+        held.Close();
+        library.writeLog(L"two");
+        CHECK(Content(library.Path()).empty());
+        CHECK(Lines(Content(inTemp)).size() == 2);
+        const FileOwner heldThere(
+            CreateFileW(inTemp, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        library.writeLog(L"three");
+        CHECK(library.Logged() == "three\r\n");
+    }
+    DeleteFileW(inTemp);
 }

@@ -1,7 +1,7 @@
 # The program's own objects with their imports led to the simulated machine, linked with the tests:
 # setup_tests with what ships, setup_tests_checked with the same sources built so that they check
 # themselves. Tests and machine are compiled once, for both.
-set(not_rooms machine support native bench)
+set(not_rooms machine support native bench probe)
 set(checked)
 if(TARGET setup_core_checked)
     set(checked _checked)
@@ -35,7 +35,7 @@ function(link_under_test target suffix)
 endfunction()
 
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench)/")
+list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench|probe)/")
 # What shows that memory is guarded says nothing where it is not.
 set(memory_sources machine_selftest/guarded_memory_test.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/guarded_memory_test\\.cpp$")
@@ -91,6 +91,15 @@ if(TARGET setup_tests_checked)
     target_compile_definitions(setup_tests_checked PRIVATE GUARD_MEMORY)
 endif()
 
+# Started by the test of what it is linked with.
+add_executable(emergency_probe probe/emergency.cpp $<TARGET_OBJECTS:setup_emergency>)
+setup_compile_options(emergency_probe)
+target_include_directories(emergency_probe PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/../src)
+target_link_options(emergency_probe PRIVATE -static)
+foreach(suffix IN ITEMS "" ${checked})
+    add_dependencies(setup_tests${suffix} emergency_probe)
+endforeach()
+
 include(bench/bench.cmake)
 include(rooms.cmake)
 
@@ -99,5 +108,8 @@ if(NOT SETUP_COVERAGE)
     add_test(NAME ${tree}.imports
              COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/imports/check_imports.py
                      ${CMAKE_OBJDUMP} ${CMAKE_CURRENT_SOURCE_DIR}/imports/windows_xp_x64.txt
+                     $<TARGET_FILE:Setup> $<TARGET_FILE:Quenlor64> $<TARGET_FILE:Vantrel64>)
+    add_test(NAME ${tree}.image
+             COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/imports/check_image.py
                      $<TARGET_FILE:Setup> $<TARGET_FILE:Quenlor64> $<TARGET_FILE:Vantrel64>)
 endif()

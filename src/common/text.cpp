@@ -62,6 +62,15 @@ std::wstring ReplaceAfterLast(std::wstring_view text, wchar_t mark, std::wstring
     return std::wstring(text.substr(0, kept)).append(tail);
 }
 
+std::wstring DecimalText(std::uint32_t number) {
+    std::wstring digits;
+    do {
+        digits.insert(digits.begin(), static_cast<wchar_t>(L'0' + number % 10));
+        number /= 10;
+    } while (number != 0);
+    return digits;
+}
+
 std::int32_t LeadingNumber(std::wstring_view text) {
     constexpr std::int64_t Highest = std::numeric_limits<std::int32_t>::max();
     std::size_t position = 0;

@@ -38,6 +38,10 @@ std::wstring AfterLast(std::wstring_view text, wchar_t mark);
 // when it holds no mark.
 std::wstring ReplaceAfterLast(std::wstring_view text, wchar_t mark, std::wstring_view tail);
 
+// The number in decimal digits. (The library's own function would bring a whole formatting engine
+// along.)
+std::wstring DecimalText(std::uint32_t number);
+
 // The decimal number at the start of the text: leading blanks and one sign are allowed, reading
 // stops at the first other character. 0 when there is no number; numbers out of range are clamped.
 std::int32_t LeadingNumber(std::wstring_view text);

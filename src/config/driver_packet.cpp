@@ -9,7 +9,7 @@
 std::wstring GetDriverDir() {
     const std::wstring executable = ExecutablePath(PathCapacity);
     const std::wstring osName = GetOsName();
-    const std::wstring bitness = std::to_wstring(sizeof(void*) * 8);
+    const std::wstring bitness = DecimalText(sizeof(void*) * 8);
     WriteLog(L"GetDriverDir: Get system %s\tbit %s", osName.c_str(), bitness.c_str());
     if (!Contains(executable, L"\\")) {
         return {};

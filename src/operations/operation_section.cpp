@@ -1,13 +1,14 @@
 #include "operations/operation_section.h"
 
 #include "common/limits.h"
+#include "common/text.h"
 #include "config/config_reader.h"
 
 #include <algorithm>
 #include <cstdint>
 
 std::wstring OperationKey(int number) {
-    const std::wstring digits = std::to_wstring(number);
+    const std::wstring digits = DecimalText(static_cast<std::uint32_t>(number));
     return std::wstring(L"OPER").append(digits.size() < 2 ? L"0" : L"").append(digits);
 }
 

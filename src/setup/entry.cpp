@@ -103,6 +103,8 @@ void CloseRun(bool succeeded, std::int64_t startTime) {
 
 int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, LPWSTR commandLine,
                     int /*showCommand*/) {
+    // A medium that vanishes, as a modem's CD-ROM does, must not stop an unattended run with a box.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     const std::int64_t startTime = SecondsNow();
     MainThreadId = GetCurrentThreadId();
     WriteLog(L"Setup: Main thread started, thread id 0x%08X", MainThreadId);

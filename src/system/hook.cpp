@@ -1,10 +1,11 @@
 #include "system/hook.h"
 
 #include "common/paths.h"
+#include "common/text.h"
 #include "platform/platform.h"
 
 bool InstallHook() {
-    const std::wstring name = L"Vantrel" + std::to_wstring(sizeof(void*) * 8) + L".DLL";
+    const std::wstring name = L"Vantrel" + DecimalText(sizeof(void*) * 8) + L".DLL";
     const std::wstring path = PathBesideExecutable(name);
     if (SetHook(path.c_str()) != 0) {
         return true;

@@ -56,7 +56,7 @@ bool AdjustService(SC_HANDLE manager, const wchar_t* name, DWORD number) {
     }
     PrintService(*config);
     const std::wstring displayName =
-        Cut(std::wstring(Marker).append(L" ").append(std::to_wstring(number)), PathCapacity);
+        Cut(std::wstring(Marker).append(L" ").append(DecimalText(number)), PathCapacity);
     // A driver that is not running, or that cannot be stopped, is renamed all the same.
     SERVICE_STATUS status{};
     ControlService(service.Get(), SERVICE_CONTROL_STOP, &status);

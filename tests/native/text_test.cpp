@@ -197,3 +197,10 @@ TEST_CASE("Every text reads as the number that the C library finds in it") {
         REQUIRE(LeadingNumber(text) == std::clamp<long long>(expected, Lowest, Highest));
     }
 }
+
+TEST_CASE("A number is written in decimal digits") {
+    CHECK(DecimalText(0) == L"0");
+    CHECK(DecimalText(64) == L"64");
+    CHECK(DecimalText(10000) == L"10000");
+    CHECK(DecimalText(4294967295U) == L"4294967295");
+}

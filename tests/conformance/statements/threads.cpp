@@ -223,3 +223,21 @@ STATEMENT(O25, "Sleep GetSystemTimeAsFileTime", Documented, "AutoDeviceMatch",
 STATEMENT(O26, "TerminateProcess", Documented, "-", "Ending what is no process: 6") {
     return Refused(TerminateProcess(nullptr, 1), ERROR_INVALID_HANDLE);
 }
+
+STATEMENT(O27, "DispatchMessageW", Documented, "StageUnderWatchdog",
+          "A message that belongs to no window is dispatched to nobody") {
+    MSG message{};
+    message.message = FirstMessage;
+    return Is(DispatchMessageW(&message) == 0);
+}
+
+STATEMENT(
+    O28, "PostQuitMessage GetMessageW", Documented, "StageUnderWatchdog",
+    "A thread that asked itself to quit gets 0, with the exit code, when nothing else is left") {
+    EmptyQueue();
+    PostQuitMessage(5);
+    Post(FirstMessage);
+    MSG message{};
+    return Equal(Next(), FirstMessage) && Returns(GetMessageW(&message, nullptr, 0, 0), 0) &&
+           Equal(message.wParam, WPARAM{5});
+}

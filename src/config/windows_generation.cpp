@@ -1,10 +1,11 @@
 #include "config/windows_generation.h"
 
 #include "config/version_code.h"
-#include "platform/platform.h"
+#include "platform/system_libraries.h"
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -21,34 +22,58 @@ struct Translation {
     WORD CodePage;
 };
 
-// The product version text of the version resource; empty when it has none.
-std::wstring_view ProductVersionIn(const VersionBlock& block) {
+// The version functions of the system. Looked up at run time: their library is none of those that
+// Windows maps for every process from its own folder, and would be taken from beside the program.
+struct VersionFunctions {
+    GetFileVersionInfoFunction GetInfo;
+    VerQueryValueFunction Query;
+};
+
+std::optional<VersionFunctions> FindVersionFunctions() {
+    const HMODULE library = LoadSystemLibrary(L"VERSION.dll");
+    if (library == nullptr) {
+        return std::nullopt;
+    }
+    const VersionFunctions functions{
+        GetFunction<GetFileVersionInfoFunction>(library, "GetFileVersionInfoW"),
+        GetFunction<VerQueryValueFunction>(library, "VerQueryValueW")};
+    if (functions.GetInfo == nullptr || functions.Query == nullptr) {
+        return std::nullopt;
+    }
+    return functions;
+}
+
+// The product version text of the version resource; nothing when it has none.
+std::optional<std::wstring> ProductVersionIn(const VersionBlock& block,
+                                             VerQueryValueFunction query) {
     void* value = nullptr;
     UINT size = 0;
-    if (VerQueryValueW(block.Bytes.data(), L"VarFileInfo\\Translation", &value, &size) == FALSE ||
+    if (query(block.Bytes.data(), L"VarFileInfo\\Translation", &value, &size) == FALSE ||
         size < sizeof(Translation)) {
-        return {};
+        return std::nullopt;
     }
     const auto* translation = static_cast<const Translation*>(value);
-    std::array<wchar_t, 64> query{};
-    wsprintfW(query.data(), L"\\StringFileInfo\\%04x%04x\\ProductVersion", translation->Language,
+    std::array<wchar_t, 64> name{};
+    wsprintfW(name.data(), L"\\StringFileInfo\\%04x%04x\\ProductVersion", translation->Language,
               translation->CodePage);
-    if (VerQueryValueW(block.Bytes.data(), query.data(), &value, &size) == FALSE) {
-        return {};
+    if (query(block.Bytes.data(), name.data(), &value, &size) == FALSE) {
+        return std::nullopt;
     }
     const std::wstring_view text(static_cast<const wchar_t*>(value), size);
-    return text.substr(0, text.find(L'\0'));
+    return std::wstring(text.substr(0, text.find(L'\0')));
 }
 
 } // namespace
 
 std::uint32_t GetOsVersionCode() {
+    const std::optional<VersionFunctions> functions = FindVersionFunctions();
     VersionBlock block;
-    if (GetFileVersionInfoW(L"ntoskrnl.exe", 0, VersionBlockSize, block.Bytes.data()) == FALSE) {
+    if (!functions ||
+        functions->GetInfo(L"ntoskrnl.exe", 0, VersionBlockSize, block.Bytes.data()) == FALSE) {
         return 0;
     }
-    const std::wstring_view version = ProductVersionIn(block);
-    return version.data() == nullptr ? 0 : VersionCodeOf(version);
+    const std::optional<std::wstring> version = ProductVersionIn(block, functions->Query);
+    return version ? VersionCodeOf(*version) : 0;
 }
 
 std::wstring GetOsName() {

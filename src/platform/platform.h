@@ -24,8 +24,7 @@ DWORD WINAPI CMP_WaitNoPendingInstallEvents(DWORD timeout);
 
 } // extern "C"
 
-// Entry points of newdev.dll that are resolved by name at run time: the library is present on every
-// Windows, but its import library is not part of every tool chain.
+// Entry points that are resolved by name at run time (see system_libraries.h).
 using UpdateDriverForPlugAndPlayDevicesFunction = BOOL(WINAPI*)(HWND parent, LPCWSTR hardwareId,
                                                                 LPCWSTR infPath, DWORD flags,
                                                                 PBOOL rebootRequired);
@@ -34,6 +33,9 @@ using UpdateDriverForPlugAndPlayDevicesFunction = BOOL(WINAPI*)(HWND parent, LPC
 using InstallSelectedDriverFunction = BOOL(WINAPI*)(HWND parent, HDEVINFO deviceInfoSet,
                                                     LPCWSTR reserved, BOOL backup,
                                                     PDWORD rebootFlags);
+using GetFileVersionInfoFunction = BOOL(WINAPI*)(LPCWSTR file, DWORD handle, DWORD size,
+                                                 LPVOID block);
+using VerQueryValueFunction = BOOL(WINAPI*)(LPCVOID block, LPCWSTR name, LPVOID* value, PUINT size);
 using SetupUninstallOEMInfFunction = BOOL(WINAPI*)(PCWSTR infFileName, DWORD flags, PVOID reserved);
 
 // The address of an exported function, or null; the last error tells why.

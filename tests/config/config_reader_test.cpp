@@ -38,7 +38,11 @@ TEST_CASE("A text is looked up in six sections of the file beside the executable
     const Machine m;
     CHECK(Read(L"K") == L"");
     CHECK(m.Journal() ==
-          Lines{"GetModuleFileNameW(null, 260)", "GetFileVersionInfoW(ntoskrnl.exe, 0, 2600)",
+          Lines{"GetModuleFileNameW(null, 260)", "GetSystemDirectoryW(260)",
+                "LoadLibraryExW of version(C:\\Windows\\System32\\VERSION.dll, 0x8)",
+                "GetProcAddress of version(library1, GetFileVersionInfoW)",
+                "GetProcAddress of version(library1, VerQueryValueW)",
+                "GetFileVersionInfoW(ntoskrnl.exe, 0, 2600)",
                 "VerQueryValueW(VarFileInfo\\Translation)",
                 "VerQueryValueW(\\StringFileInfo\\040904b0\\ProductVersion)",
                 "GetPrivateProfileStringW(ENUM.INSTALL.WIN7.NTx64, K, 1024, D:\\Packet\\Setup.ini)",

@@ -19,9 +19,36 @@ std::wstring NameFor(Machine& m, const wchar_t* version, std::uint32_t code) {
 TEST_CASE("The version comes from the product version of the kernel file") {
     const Machine m;
     CHECK(GetOsVersionCode() == 69);
-    CHECK(m.Journal() == Lines{"GetFileVersionInfoW(ntoskrnl.exe, 0, 2600)",
+    CHECK(m.Journal() == Lines{"GetSystemDirectoryW(260)",
+                               "LoadLibraryExW of version(C:\\Windows\\System32\\VERSION.dll, 0x8)",
+                               "GetProcAddress of version(library1, GetFileVersionInfoW)",
+                               "GetProcAddress of version(library1, VerQueryValueW)",
+                               "GetFileVersionInfoW(ntoskrnl.exe, 0, 2600)",
                                "VerQueryValueW(VarFileInfo\\Translation)",
                                "VerQueryValueW(\\StringFileInfo\\040904b0\\ProductVersion)"});
+}
+
+TEST_CASE("Without the system's version functions the Windows is not known") {
+    for (const char* call : {"GetSystemDirectoryW", "LoadLibraryExW of version"}) {
+        Machine m;
+        m.FailCall(call, 1, ERROR_MOD_NOT_FOUND);
+        CHECK(GetOsName() == L"");
+        CHECK(m.CallsOf("GetFileVersionInfoW") == Lines{});
+        CHECK(GetOsName() == L"WIN7");
+    }
+    for (const int k : {1, 2}) {
+        Machine m;
+        m.FailCall("GetProcAddress of version", k, ERROR_PROC_NOT_FOUND);
+        CHECK(GetOsName() == L"");
+        CHECK(GetOsName() == L"WIN7");
+    }
+}
+
+TEST_CASE("A version library that lies beside the program is not loaded") {
+    Machine m;
+    m.WriteBytes(L"D:\\Packet\\VERSION.dll", "planted");
+    CHECK(GetOsName() == L"WIN7");
+    CHECK(m.LoadedLibraries() == WideTexts{L"C:\\Windows\\System32\\VERSION.dll"});
 }
 
 TEST_CASE("Each kernel version has its code and its name") {

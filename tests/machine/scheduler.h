@@ -42,6 +42,8 @@ struct Thread {
 
     bool HasQueue = false;
     std::deque<MSG> Queue;
+    // Asked to quit: WM_QUIT comes when nothing else is left.
+    std::optional<int> QuitCode;
 };
 
 class Scheduler {

@@ -210,8 +210,9 @@ LOG GetDriverDir: Get system WIN7	bit 64
 FindFirstFileW(D:\Packet\WIN7\*.INF)
 LOG UpdateInstall: Inf D:\Packet\WIN7\modem.inf priority is 0
 LOG UpdateInstall: Inf D:\Packet\WIN7\net.inf priority is 1
+LoadLibraryExW(C:\Windows\System32\NewDev.dll, 0x8)
 LoadLibraryW(NewDev.dll)
-GetProcAddress(library1, UpdateDriverForPlugAndPlayDevicesW)
+GetProcAddress(library2, UpdateDriverForPlugAndPlayDevicesW)
 LOG UpdateInstall: Retry count is 1 times,retry interval is 2 seconds
 LOG UpdateInstall: Installing device USB\VID_3A9D&PID_9001&MI_00 using inf D:\Packet\WIN7\modem.inf
 LOG GetDriverDir: Get system WIN7	bit 64
@@ -291,7 +292,7 @@ LOG GetDriverDir: Get system WIN7	bit 64
 FindFirstFileW(D:\Packet\WIN7\*.INF)
 LOG PreInstall: Inf to copy D:\Packet\WIN7\modem.inf
 LOG PreInstall: Inf to copy D:\Packet\WIN7\net.inf
-PeekMessageW(null, 1024, 1024, 0)
+PeekMessageW(null, 0, 0, 1)
 CreateSemaphoreW(0, 1, SemPreInstallThreadSYN)
 CreateSemaphoreW(0, 1, SemPreInstallThreadReady)
 OpenSemaphoreW(0x1F0003, 0, SemPreInstallThreadReady)

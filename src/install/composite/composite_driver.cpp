@@ -60,7 +60,7 @@ bool SelectGenericDriver(HDEVINFO set, SP_DEVINFO_DATA& device) {
 // False only when the library lacks the function. A device on which the driver could not be
 // installed, or for which there is no library, keeps the driver that it has.
 bool InstallSelected(HDEVINFO set, const std::wstring& compositeId) {
-    const HMODULE newDev = LoadSystemLibrary(L"NewDev.DLL");
+    const HMODULE newDev = LoadSystemLibraryByName(L"NewDev.DLL");
     if (newDev == nullptr) {
         return true;
     }

@@ -4,7 +4,7 @@
 
 UpdateDriverForPlugAndPlayDevicesFunction FindUpdateDriver(const wchar_t* noLibraryLine,
                                                            const wchar_t* noFunctionLine) {
-    const HMODULE newDev = LoadSystemLibrary(L"NewDev.dll");
+    const HMODULE newDev = LoadSystemLibraryByName(L"NewDev.dll");
     if (newDev == nullptr) {
         WriteLog(noLibraryLine, GetLastError());
         return nullptr;

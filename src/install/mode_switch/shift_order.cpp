@@ -75,8 +75,9 @@ bool SendScsiCommand(const ShiftOrder& order, const wchar_t* devicePath) {
                  order.DeviceId.c_str(), GetLastError());
         return false;
     }
-    // Larger than what is announced: a device that sends more must not overwrite anything.
-    std::array<UCHAR, 512> data{};
+    // Larger than what is announced: a device that sends more must not overwrite anything. An
+    // adapter may refuse a buffer that is not aligned as it transfers.
+    alignas(64) std::array<UCHAR, 512> data{};
     ScsiRequest request = MakeScsiRequest(order.Command, data);
     DWORD returned = 0;
     SetLastError(ERROR_SUCCESS);

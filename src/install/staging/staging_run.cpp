@@ -3,14 +3,14 @@
 #include "install/staging/staging_threads.h"
 #include "platform/owners.h"
 
+#include <memory>
+
 namespace {
 
-// One of the two staging threads, with its log lines.
-struct StagingThread {
-    LPTHREAD_START_ROUTINE Entry;
-    void* Parameter;
-    const wchar_t* CreateFailureLine;
-    const wchar_t* StartedLine;
+// The texts of one of the two staging threads.
+struct ThreadLines {
+    const wchar_t* NotCreated;
+    const wchar_t* Started;
 };
 
 KernelObjectOwner CreateStagingSemaphore(const wchar_t* name, const wchar_t* failureLine) {
@@ -21,8 +21,10 @@ KernelObjectOwner CreateStagingSemaphore(const wchar_t* name, const wchar_t* fai
     return semaphore;
 }
 
-// Starts the thread and waits, without limit, until it has opened its semaphores.
-bool StartThread(const StagingThread& thread) {
+// Starts the thread on a copy of `data`, which it takes over, and waits, without limit, until it
+// has opened its semaphores.
+template <typename Data>
+bool StartThread(LPTHREAD_START_ROUTINE entry, const Data& data, const ThreadLines& lines) {
     KernelObjectOwner ready(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, ReadySemaphoreName));
     if (!ready) {
         WriteLog(
@@ -30,29 +32,44 @@ bool StartThread(const StagingThread& thread) {
             GetLastError());
         return false;
     }
+    auto copy = std::make_unique<Data>(data);
     DWORD threadId = 0;
-    KernelObjectOwner handle(
-        CreateThread(nullptr, 0, thread.Entry, thread.Parameter, 0, &threadId));
+    KernelObjectOwner handle(CreateThread(nullptr, 0, entry, copy.get(), 0, &threadId));
     if (!handle) {
-        WriteLog(thread.CreateFailureLine, GetLastError());
+        WriteLog(lines.NotCreated, GetLastError());
         return false;
     }
+    static_cast<void>(copy.release());
     // Never joined: a thread that hangs in a copy must not keep the setup from going on.
     handle.Close();
-    WaitForSingleObject(ready.Get(), INFINITE);
+    if (WaitForSingleObject(ready.Get(), INFINITE) != WAIT_OBJECT_0) {
+        WriteLog(L"PreInstall: Wait for preinstall thread fail, error code 0x%08X", GetLastError());
+        return false;
+    }
     ready.Close();
-    WriteLog(thread.StartedLine, threadId);
+    WriteLog(lines.Started, threadId);
     return true;
+}
+
+// Makes this thread's message queue, and empties it: a message that is posted to a thread without a
+// queue is lost, and a short copy is done before this thread asks for its first message; a message
+// that a hidden window of this thread got before must not be taken for the threads' verdict.
+void PrepareMessageQueue() {
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        if (message.message == WM_QUIT) {
+            // Somebody wants the thread to end: that is still to be seen.
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        DispatchMessageW(&message);
+    }
 }
 
 } // namespace
 
-Staging StageUnderWatchdog(InfSet& infs) {
-    // A message that is posted to a thread without a queue is lost, and a short copy is done before
-    // this thread asks for its first message. So the queue is made before the threads.
-    MSG message{};
-    PeekMessageW(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);
-
+Staging StageUnderWatchdog(const InfSet& infs) {
+    PrepareMessageQueue();
     const KernelObjectOwner copied = CreateStagingSemaphore(
         CopiedSemaphoreName,
         L"PreInstall: Create preinstall syn semaphore fail, error code 0x%08X");
@@ -65,18 +82,17 @@ Staging StageUnderWatchdog(InfSet& infs) {
     if (!ready) {
         return Staging::NotStarted;
     }
-    auto count = static_cast<DWORD>(infs.size());
-    const StagingThread watchdog{PreInstallWatchDogThreadFun, &count,
-                                 L"PreInstall: Create watchdog fail,error code 0x%08X",
-                                 L"PreInstall: Watchdog thread started, thread id 0x%08X"};
-    const StagingThread workItem{PreInstallWorkItemThreadFun, &infs,
-                                 L"PreInstall: Create workitem fail,error code 0x%08X",
-                                 L"PreInstall: Workitem thread started, thread id 0x%08X"};
-    if (!StartThread(watchdog) || !StartThread(workItem)) {
+    if (!StartThread(PreInstallWatchDogThreadFun, static_cast<DWORD>(infs.size()),
+                     {L"PreInstall: Create watchdog fail,error code 0x%08X",
+                      L"PreInstall: Watchdog thread started, thread id 0x%08X"}) ||
+        !StartThread(PreInstallWorkItemThreadFun, infs,
+                     {L"PreInstall: Create workitem fail,error code 0x%08X",
+                      L"PreInstall: Workitem thread started, thread id 0x%08X"})) {
         return Staging::NotStarted;
     }
     // One message only: whichever comes first decides, and what a thread posts after it stays in
     // the queue unread.
+    MSG message{};
     if (GetMessageW(&message, nullptr, 0, 0) == 0) {
         return Staging::Failed;
     }

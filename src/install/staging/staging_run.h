@@ -10,4 +10,4 @@ enum class Staging { NotStarted, Failed, Copied };
 // Copies the INF files on one thread while another times each copy, and waits for the first message
 // of the two, which decides. Logs "PreInstall: Message ..." with it; NotStarted with a line of the
 // step that failed. Waits without limit for each thread to start.
-Staging StageUnderWatchdog(InfSet& infs);
+Staging StageUnderWatchdog(const InfSet& infs);

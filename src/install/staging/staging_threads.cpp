@@ -6,6 +6,7 @@
 #include "platform/owners.h"
 
 #include <array>
+#include <memory>
 
 namespace {
 
@@ -56,13 +57,13 @@ bool CopyInfToStore(const std::wstring& inf, HANDLE copied) {
 } // namespace
 
 DWORD WINAPI PreInstallWorkItemThreadFun(LPVOID parameter) {
-    const InfSet infs = *static_cast<const InfSet*>(parameter);
+    const std::unique_ptr<const InfSet> infs(static_cast<const InfSet*>(parameter));
     KernelObjectOwner copied = OpenCopiedAndSignalReady(
         L"PreInstallWorkItemThreadFun: Open preinstall watchdog semaphore fail, error code 0x%08X");
     if (!copied) {
         return 0;
     }
-    for (const std::wstring& inf : infs) {
+    for (const std::wstring& inf : *infs) {
         if (!CopyInfToStore(inf, copied.Get())) {
             TellMainThread(CopyFailedMessage);
             return 0;
@@ -74,7 +75,7 @@ DWORD WINAPI PreInstallWorkItemThreadFun(LPVOID parameter) {
 }
 
 DWORD WINAPI PreInstallWatchDogThreadFun(LPVOID parameter) {
-    const DWORD count = *static_cast<const DWORD*>(parameter);
+    const std::unique_ptr<const DWORD> count(static_cast<const DWORD*>(parameter));
     // Without a configured limit this is 0, and the first copy is late at once.
     const DWORD limit = Milliseconds(ReadConfigInt(L"INSTALL", L"COPYOEMTIMEOUT"));
     const KernelObjectOwner copied = OpenCopiedAndSignalReady(
@@ -82,7 +83,7 @@ DWORD WINAPI PreInstallWatchDogThreadFun(LPVOID parameter) {
     if (!copied) {
         return 0;
     }
-    for (DWORD index = 0; index < count; ++index) {
+    for (DWORD index = 0; index < *count; ++index) {
         if (WaitForSingleObject(copied.Get(), limit) != WAIT_OBJECT_0) {
             TellMainThread(CopyTimedOutMessage);
             break;

@@ -16,13 +16,12 @@ inline constexpr UINT CopyTimedOutMessage = 2025;
 inline constexpr UINT CopyFailedMessage = 2026;
 inline constexpr UINT AllCopiedMessage = 2027;
 
-// Thread entry. Copies the INF files of the `const InfSet*` that it is given, which must live until
-// the thread has signalled that it is ready. Posts one of the last two messages. Its result, 1 when
-// all were copied and 0 otherwise, is the thread's exit code.
+// Thread entry. Takes over the `InfSet*` that it is given, from the heap, and copies its INF files.
+// Posts one of the last two messages. Its result, 1 when all were copied and 0 otherwise, is the
+// thread's exit code.
 DWORD WINAPI PreInstallWorkItemThreadFun(LPVOID parameter);
 
-// Thread entry. Waits for as many copies as the `const DWORD*` says that it is given, which must
-// live until the thread has signalled that it is ready; [INSTALL] COPYOEMTIMEOUT limits each wait.
-// Posts the first message when one is not met in time. Its exit code is 0 without its semaphores,
-// else 1.
+// Thread entry. Takes over the `DWORD*` that it is given, from the heap, and waits for so many
+// copies; [INSTALL] COPYOEMTIMEOUT limits each wait. Posts the first message when one is not met in
+// time. Its exit code is 0 without its semaphores, else 1.
 DWORD WINAPI PreInstallWatchDogThreadFun(LPVOID parameter);

@@ -38,8 +38,10 @@ TEST_CASE("The composite driver is selected from the system's USB.INF and instal
                 "SetupDiEnumDriverInfoW(" + ModemInSet + ", 1, 0)",
                 "SetupDiGetDriverInfoDetailW(" + ModemInSet + ", null, 0)",
                 "SetupDiGetDriverInfoDetailW(" + ModemInSet + ", _, 1606)",
-                "SetupDiSetSelectedDriverW(" + ModemInSet + ")", "LoadLibraryW(NewDev.DLL)",
-                "GetProcAddress(library1, InstallSelectedDriver)", "InstallSelectedDriver(set1, 1)",
+                "SetupDiSetSelectedDriverW(" + ModemInSet + ")",
+                "LoadLibraryExW(C:\\Windows\\System32\\NewDev.DLL, 0x8)",
+                "LoadLibraryW(NewDev.DLL)", "GetProcAddress(library2, InstallSelectedDriver)",
+                "InstallSelectedDriver(set1, 1)",
                 "LOG CompositeDeviceSetup: Composite device USB\\COMPOSITE was successfully "
                 "installed"});
     CheckTidy(m);

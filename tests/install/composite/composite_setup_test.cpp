@@ -202,8 +202,9 @@ TEST_CASE("The packet's own INF is installed on the composite device when config
     CHECK(id == Id9001);
     CHECK(m.Story() ==
           Lines{"LOG " + FolderLine, "FindFirstFileW(D:\\Packet\\WIN7\\*.INF)",
+                "LoadLibraryExW(C:\\Windows\\System32\\NewDev.dll, 0x8)",
                 "LoadLibraryW(NewDev.dll)",
-                "GetProcAddress(library1, UpdateDriverForPlugAndPlayDevicesW)",
+                "GetProcAddress(library2, UpdateDriverForPlugAndPlayDevicesW)",
                 "LOG CompositeDeviceSetup: Installing device USB\\VID_3A9D&PID_9001 using inf " +
                     InfPath,
                 "UpdateDriverForPlugAndPlayDevicesW(USB\\VID_3A9D&PID_9001, " + InfPath + ", 0x1)",

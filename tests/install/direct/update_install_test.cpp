@@ -171,8 +171,9 @@ TEST_CASE("The whole road, from the CD-ROM to three functions and a plain device
           "LOG " + FolderLine, "FindFirstFileW(D:\\Packet\\WIN7\\*.INF)",
           "LOG UpdateInstall: Inf " + PortsInf + " priority is 0",
           "LOG UpdateInstall: Inf " + ModemInf + " priority is 1",
-          "LOG UpdateInstall: Inf " + netInf + " priority is 2", "LoadLibraryW(NewDev.dll)",
-          "GetProcAddress(library1, UpdateDriverForPlugAndPlayDevicesW)",
+          "LOG UpdateInstall: Inf " + netInf + " priority is 2",
+          "LoadLibraryExW(C:\\Windows\\System32\\NewDev.dll, 0x8)", "LoadLibraryW(NewDev.dll)",
+          "GetProcAddress(library2, UpdateDriverForPlugAndPlayDevicesW)",
           "LOG UpdateInstall: Retry count is 1 times,retry interval is 1 seconds"});
     then(Offer(Dev0, PortsInf, ModemInf));
     then(Offer(Dev2, PortsInf, PortsInf));
@@ -424,8 +425,33 @@ TEST_CASE("The newdev library stays loaded, as a thread of it may still run") {
     Machine m;
     Describe(m);
     CHECK(UpdateInstall());
-    CHECK(m.Open("library") == 1);
+    const WideTexts loaded = m.LoadedLibraries();
+    CHECK(std::count(loaded.begin(), loaded.end(), L"C:\\Windows\\System32\\NewDev.dll") == 1);
     CHECK(m.CallsOf("FreeLibrary") == Lines{});
+}
+
+TEST_CASE(
+    "The system's newdev library is loaded by its full path, whatever lies beside the program") {
+    Machine m;
+    Describe(m);
+    m.WriteBytes(L"D:\\Packet\\NewDev.dll", "planted");
+    CHECK(UpdateInstall());
+    CHECK(m.CallsOf("LoadLibraryExW") ==
+          Lines{"LoadLibraryExW(C:\\Windows\\System32\\NewDev.dll, 0x8)"});
+    CHECK(m.CallsOf("LoadLibraryW") == Lines{"LoadLibraryW(NewDev.dll)"});
+    for (const std::wstring& path : m.LoadedLibraries()) {
+        CHECK(path.starts_with(L"C:\\Windows\\System32\\"));
+    }
+}
+
+TEST_CASE("A machine without the system's newdev library does not take one beside the program") {
+    Machine m;
+    Describe(m);
+    m.WriteBytes(L"D:\\Packet\\NewDev.dll", "planted");
+    m.FailCall("LoadLibraryExW", 1, ERROR_MOD_NOT_FOUND);
+    CHECK_FALSE(UpdateInstall());
+    CHECK(m.CallsOf("LoadLibraryW") == Lines{});
+    CHECK(m.Log().back() == "UpdateInstall: Load newdev.dll fail,error code 0x0000007E");
 }
 
 TEST_CASE("Devices of an ID that two INF files list get the first one of the listing") {

@@ -22,7 +22,8 @@ bool IsVersion(std::wstring_view path) {
     return SameText(FileName(path), L"version.dll");
 }
 
-// The version library is loaded to read a setting, and counts and is told as such.
+// The version library is loaded to read a setting, and counts and is told as such, under names of
+// its own: what a test says of the first LoadLibraryExW is about the installation.
 Counting CountingOf(std::wstring_view path) {
     return IsVersion(path) ? Counting::Setting : Counting::Always;
 }
@@ -86,7 +87,8 @@ HMODULE WINAPI HookLoadLibraryW(LPCWSTR name) {
 }
 
 HMODULE WINAPI HookLoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags) {
-    Call call("LoadLibraryExW", CountingOf(name), {name, Hex(flags)}, TellingOf(name));
+    Call call(IsVersion(name) ? "LoadLibraryExW of version" : "LoadLibraryExW", CountingOf(name),
+              {name, Hex(flags)}, TellingOf(name));
     if (call.Fails()) {
         return nullptr;
     }
@@ -126,7 +128,8 @@ FARPROC WINAPI HookGetProcAddress(HMODULE module, LPCSTR name) {
     const OpenHandle* loaded =
         state == nullptr ? nullptr : state->Handles.Find(module, Kind::Library);
     const std::wstring path = loaded == nullptr ? std::wstring() : LibraryBehind(*loaded).Path;
-    Call call("GetProcAddress", CountingOf(path), {Named(module), name}, TellingOf(path));
+    Call call(IsVersion(path) ? "GetProcAddress of version" : "GetProcAddress", CountingOf(path),
+              {Named(module), name}, TellingOf(path));
     if (call.Fails()) {
         return nullptr;
     }

@@ -176,6 +176,13 @@ std::deque<MSG>::iterator FindMessage(Thread& thread, UINT first, UINT last) {
            (message->message < first || message->message > last)) {
         ++message;
     }
+    if (message == thread.Queue.end() && thread.QuitCode) {
+        MSG quit{};
+        quit.message = WM_QUIT;
+        quit.wParam = static_cast<WPARAM>(*thread.QuitCode);
+        thread.QuitCode.reset();
+        return thread.Queue.insert(message, quit);
+    }
     return message;
 }
 
@@ -215,6 +222,17 @@ BOOL WINAPI HookPeekMessageW(LPMSG message, HWND window, UINT first, UINT last, 
     return TRUE;
 }
 
+// The machine's threads have no windows; what is dispatched is only told.
+LRESULT WINAPI HookDispatchMessageW(const MSG* message) {
+    const Call call("DispatchMessageW", Counting::Never, {message->message});
+    return 0;
+}
+
+void WINAPI HookPostQuitMessage(int exitCode) {
+    Call call("PostQuitMessage", Counting::Never, {exitCode});
+    call.Inside().Threads.Current().QuitCode = exitCode;
+}
+
 } // namespace
 
 MACHINE_HOOK(CreateSemaphoreW, HookCreateSemaphoreW);
@@ -226,3 +244,5 @@ MACHINE_HOOK(GetCurrentThreadId, HookGetCurrentThreadId);
 MACHINE_HOOK(PostThreadMessageW, HookPostThreadMessageW);
 MACHINE_HOOK(GetMessageW, HookGetMessageW);
 MACHINE_HOOK(PeekMessageW, HookPeekMessageW);
+MACHINE_HOOK(DispatchMessageW, HookDispatchMessageW);
+MACHINE_HOOK(PostQuitMessage, HookPostQuitMessage);

@@ -88,6 +88,13 @@ BOOL WINAPI PeekAtMessage(LPMSG /*message*/, HWND /*window*/, UINT /*first*/, UI
     return FALSE;
 }
 
+// Not called: there is never a message to hand on.
+LRESULT WINAPI HandOn(const MSG* /*message*/) {
+    return 0;
+}
+
+void WINAPI Quit(int /*exitCode*/) {}
+
 } // namespace
 
 } // namespace rehearsal
@@ -102,3 +109,5 @@ REHEARSED(WaitForSingleObject, WaitFor);
 REHEARSED(PostThreadMessageW, Post);
 REHEARSED(GetMessageW, NextMessage);
 REHEARSED(PeekMessageW, PeekAtMessage);
+REHEARSED(DispatchMessageW, HandOn);
+REHEARSED(PostQuitMessage, Quit);

@@ -62,7 +62,7 @@ TEST_CASE("A staging run that succeeds tells this whole story") {
         "LOG GetDriverDir: Get system WIN7\tbit 64",
         "FindFirstFileW(D:\\Packet\\WIN7\\*.INF)",
         "LOG PreInstall: Inf to copy D:\\Packet\\WIN7\\1.inf",
-        "PeekMessageW(null, 1024, 1024, 0)",
+        "PeekMessageW(null, 0, 0, 1)",
         "CreateSemaphoreW(0, 1, SemPreInstallThreadSYN)",
         "CreateSemaphoreW(0, 1, SemPreInstallThreadReady)",
         "OpenSemaphoreW(0x1F0003, 0, SemPreInstallThreadReady)",

@@ -250,7 +250,7 @@ TEST_CASE("A work item that cannot open the ready signal says so in the watchdog
 TEST_CASE("A quit message counts as a failure and writes no line") {
     Machine m;
     AddPacket(m, 1, FiveSeconds);
-    m.PostMessageToMain(WM_QUIT);
+    m.BeforeCall("CreateThread", 1, [&m] { m.PostMessageToMain(WM_QUIT); });
     InstallModeValue = 0;
     CHECK_FALSE(PreInstall());
     CHECK(LinesOf(m, "PreInstall: Message") == Lines{});
@@ -258,10 +258,20 @@ TEST_CASE("A quit message counts as a failure and writes no line") {
     CHECK(m.UnreadMessages() == std::vector<UINT>{2027});
 }
 
+TEST_CASE("A quit message that was there before the staging is not lost") {
+    Machine m;
+    AddPacket(m, 1, FiveSeconds);
+    m.CopyTakes(1, 3000ms);
+    m.PostMessageToMain(WM_QUIT);
+    CHECK_FALSE(PreInstall());
+    CHECK(m.CallsOf("PostQuitMessage").size() == 1);
+    CHECK(LinesOf(m, "PreInstall: Message") == Lines{});
+}
+
 TEST_CASE("A quit message with mode 2 leads to the direct installation") {
     Machine m;
     AddPacket(m, 1, FiveSeconds);
-    m.PostMessageToMain(WM_QUIT);
+    m.BeforeCall("CreateThread", 1, [&m] { m.PostMessageToMain(WM_QUIT); });
     InstallModeValue = 2;
     CHECK_FALSE(PreInstall());
     CHECK(FellBackToUpdate(m));
@@ -272,7 +282,7 @@ TEST_CASE("A foreign message that arrives first decides, although all was copied
         CAPTURE(message);
         Machine m;
         AddPacket(m, 1, FiveSeconds);
-        m.PostMessageToMain(message, 0xABCD);
+        m.BeforeCall("CreateThread", 1, [&m, message] { m.PostMessageToMain(message, 0xABCD); });
         InstallModeValue = 0;
         CHECK_FALSE(PreInstall());
         CHECK(m.Log().back() == (message == WM_TIMER
@@ -281,6 +291,43 @@ TEST_CASE("A foreign message that arrives first decides, although all was copied
         CHECK(m.UnreadMessages() == std::vector<UINT>{2027});
         CHECK(m.Exists(L"C:\\Windows\\INF\\oem0.inf"));
     }
+}
+
+TEST_CASE("What came to the main thread before the staging is handed on and decides nothing") {
+    Machine m;
+    AddPacket(m, 1, FiveSeconds);
+    m.PostMessageToMain(WM_TIMER);
+    m.PostMessageToMain(WM_USER);
+    CHECK(PreInstall());
+    CHECK(m.CallsOf("DispatchMessageW") ==
+          Lines{"DispatchMessageW(275)", "DispatchMessageW(1024)"});
+    CHECK(m.Logged("PreInstall: Message 0x7EB from thread 0x00000108"));
+    CHECK(m.UnreadMessages() == std::vector<UINT>{});
+}
+
+TEST_CASE(
+    "A wait for a thread's start that fails ends the staging and takes nothing from the thread") {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        CAPTURE(seed);
+        Machine m;
+        AddPacket(m, 2, L"[INSTALL]\r\nMODE=0\r\n");
+        m.ShuffleThreads(seed);
+        m.FailCall("WaitForSingleObject", 1, ERROR_INVALID_HANDLE);
+        InstallModeValue = 2;
+        CHECK_FALSE(PreInstall());
+        m.LetThreadsFinish();
+        CHECK(m.ThreadFailure() == "");
+    }
+    Machine m;
+    AddPacket(m, 2, FiveSeconds);
+    m.FailCall("WaitForSingleObject", 1, ERROR_INVALID_HANDLE);
+    InstallModeValue = 2;
+    CHECK_FALSE(PreInstall());
+    CHECK(m.Log().back() == "PreInstall: Wait for preinstall thread fail, error code 0x00000006");
+    CHECK_FALSE(FellBackToUpdate(m));
+    m.LetThreadsFinish();
+    CHECK(m.ThreadFailure() == "");
+    CHECK(m.CallsOf("SetupCopyOEMInfW") == Lines{});
 }
 
 TEST_CASE("A message posted while a copy runs decides as well") {
@@ -331,37 +378,24 @@ TEST_CASE("The work item returns 1 when all were copied and signals each one") {
     Machine m;
     AddPacket(m, 1, FiveSeconds);
     const Semaphores semaphores;
-    TextList infs = {L"D:\\Packet\\WIN7\\1.inf"};
-    CHECK(PreInstallWorkItemThreadFun(&infs) == 1);
+    CHECK(PreInstallWorkItemThreadFun(new InfSet{L"D:\\Packet\\WIN7\\1.inf"}) == 1);
     CHECK(m.LeakSummary() == "2 semaphore");
 }
 
 TEST_CASE("The work item returns 0 after a copy that failed") {
     Machine m;
     const Semaphores semaphores;
-    TextList infs = {L"D:\\Packet\\WIN7\\missing.inf", L"D:\\Packet\\WIN7\\1.inf"};
-    CHECK(PreInstallWorkItemThreadFun(&infs) == 0);
+    CHECK(PreInstallWorkItemThreadFun(
+              new InfSet{L"D:\\Packet\\WIN7\\missing.inf", L"D:\\Packet\\WIN7\\1.inf"}) == 0);
     CHECK(m.CallsOf("SetupCopyOEMInfW").size() == 1);
     CHECK(m.LeakSummary() == "2 semaphore");
-}
-
-TEST_CASE("The work item copies the list before it says that it is ready") {
-    Machine m;
-    AddPacket(m, 2, FiveSeconds);
-    const Semaphores semaphores;
-    TextList infs = {L"D:\\Packet\\WIN7\\1.inf", L"D:\\Packet\\WIN7\\2.inf"};
-    m.AfterCall("ReleaseSemaphore", 1, [&infs] { infs.clear(); });
-    CHECK(PreInstallWorkItemThreadFun(&infs) == 1);
-    CHECK(m.CallsOf("SetupCopyOEMInfW").size() == 2);
 }
 
 TEST_CASE("Without the semaphores both threads end with 0") {
     Machine m;
     AddPacket(m, 1, FiveSeconds);
-    TextList infs = {L"D:\\Packet\\WIN7\\1.inf"};
-    DWORD count = 1;
-    CHECK(PreInstallWorkItemThreadFun(&infs) == 0);
-    CHECK(PreInstallWatchDogThreadFun(&count) == 0);
+    CHECK(PreInstallWorkItemThreadFun(new InfSet{L"D:\\Packet\\WIN7\\1.inf"}) == 0);
+    CHECK(PreInstallWatchDogThreadFun(new DWORD(1)) == 0);
     CHECK(m.Log() == Lines{"PreInstallWorkItemThreadFun: Open preinstall watchdog semaphore fail, "
                            "error code 0x00000002",
                            "PreInstallWatchDogThreadFun: Open preinstall watchdog semaphore fail, "
@@ -372,11 +406,9 @@ TEST_CASE("The watchdog returns 1 after its waits, whether they were met or not"
     Machine m;
     m.WriteIni(FiveSeconds);
     const Semaphores semaphores;
-    DWORD count = 3;
-    CHECK(PreInstallWatchDogThreadFun(&count) == 1);
+    CHECK(PreInstallWatchDogThreadFun(new DWORD(3)) == 1);
     // One wait that was too long ends it.
     CHECK(m.Now() == 5000ms);
-    count = 0;
-    CHECK(PreInstallWatchDogThreadFun(&count) == 1);
+    CHECK(PreInstallWatchDogThreadFun(new DWORD(0)) == 1);
     CHECK(m.Now() == 5000ms);
 }

@@ -114,7 +114,7 @@ TEST_CASE("Marked devices are listed in the order in which they were marked, ove
     CHECK(CleanUsbDevices(L"PORTS", {L"USB\\ID"}));
     CHECK(CleanUsbDevices(L"MODEM", {L"USB\\ID"}));
     CHECK(ReinstallMarkedDevices ==
-          TextList{L"USB\\ID\\B", L"USB\\ID\\A", L"USB\\ID\\B", L"USB\\ID\\A"});
+          TextList{L"USB\\ID\\A", L"USB\\ID\\B", L"USB\\ID\\A", L"USB\\ID\\B"});
 }
 
 TEST_CASE("A device without a class is removed") {

@@ -40,7 +40,8 @@ Call::Call(const char* function, Counting counting, std::initializer_list<Argume
         lastError_ = ERROR_NOT_READY;
         return;
     }
-    if (counting != Counting::Never) {
+    const bool mayThrow = counting != Counting::Never && counting != Counting::InDestructor;
+    if (mayThrow) {
         state_->Threads.Step();
         if (state_->Threads.EndedWith && state_->Threads.OnMain()) {
             throw ProcessEnded{*state_->Threads.EndedWith};
@@ -56,14 +57,16 @@ Call::Call(const char* function, Counting counting, std::initializer_list<Argume
         lastError_ = fault_;
     }
     record.Entries.push_back({line, function, telling == Telling::Story});
-    if (counting != Counting::Never && ++record.Steps > record.StepBudget) {
+    if (mayThrow && ++record.Steps > record.StepBudget) {
         throw StepBudgetExceeded{line};
     }
 }
 
 void Call::CountAndDecide(Counting counting) {
     Recording& record = state_->Record;
-    if (counting == Counting::Always || (counting == Counting::Setting && record.SettingsCount)) {
+    const bool counts = counting == Counting::Always || counting == Counting::InDestructor ||
+                        (counting == Counting::Setting && record.SettingsCount);
+    if (counts) {
         if (++record.Counted == record.FailAt) {
             record.Failed = function_;
             fault_ = record.FailWith;
@@ -75,6 +78,18 @@ void Call::CountAndDecide(Counting counting) {
             fault_ = fault.Error;
         }
     }
+}
+
+DWORD Call::LastErrorAfterSuccess() const {
+    switch (state_->Windows.AfterSuccess) {
+    case Variants::LastError::Zero:
+        return ERROR_SUCCESS;
+    case Variants::LastError::Stray:
+        return ERROR_INSUFFICIENT_BUFFER;
+    case Variants::LastError::Kept:
+        break;
+    }
+    return lastError_;
 }
 
 Call::~Call() {

@@ -12,8 +12,9 @@ namespace machine {
 
 // Whether a call takes part in "the k-th call of all fails".
 enum class Counting {
-    Never,   // cannot fail: closing, sleeping, logging
-    Setting, // reads settings; counts when the test says so
+    Never,        // cannot fail: closing, sleeping, logging
+    Setting,      // reads settings; counts when the test says so
+    InDestructor, // counts, but throws nothing: the program calls it while it unwinds
     Always,
 };
 
@@ -64,6 +65,13 @@ public:
         lastError_ = error;
         return value;
     }
+    // `value` as the result of a set-up function that succeeds, with the last error that this
+    // Windows leaves then.
+    template <typename Result>
+    Result Succeed(Result value) {
+        lastError_ = LastErrorAfterSuccess();
+        return value;
+    }
     // `value` of a real function that was called behind the hook, with its last error.
     template <typename Result>
     Result Real(Result value) {
@@ -73,6 +81,7 @@ public:
 
 private:
     void CountAndDecide(Counting counting);
+    [[nodiscard]] DWORD LastErrorAfterSuccess() const;
 
     // Whatever happens during a call is the machine's own.
     UnguardedScope unguarded_;

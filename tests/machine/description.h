@@ -29,13 +29,19 @@ struct Interface {
     DWORD OrderError = 0;
 };
 
-// One entry of a driver list.
+// One entry of a driver list: a models line of an INF.
 struct DriverEntry {
     // Full path of the INF ("C:\\Windows\\INF\\oem3.inf").
     std::wstring InfPath{};
-    // First string of the entry's ID list; empty: the device's first hardware ID.
+    // The line's first ID; empty: the device's first hardware ID.
     std::wstring HardwareId{};
     std::wstring Description = L"Test driver";
+    std::wstring Section = L"Install";
+    std::wstring Manufacturer = L"Test maker";
+    std::wstring Provider = L"Test maker";
+    // The line's other IDs.
+    WideTexts CompatibleIds{};
+    FILETIME InfTime{};
 };
 
 // One device node, present or only remembered by the system.
@@ -55,8 +61,8 @@ struct Device {
     // SPDRP_CONFIGFLAGS; nothing: the property is absent.
     std::optional<DWORD> ConfigFlags = 0;
     std::vector<Interface> Interfaces{};
-    // The compatible-driver list. Nothing: the INFs of the store (C:\Windows\INF) that list one of
-    // the device's IDs, as on Windows.
+    // The compatible-driver list. Nothing: the lines of the INFs in the store (C:\Windows\INF) that
+    // list one of the device's IDs, best first, as on Windows.
     std::optional<std::vector<DriverEntry>> Drivers{};
     // False: DevInst reads 0.
     bool HasDevInst = true;
@@ -68,6 +74,9 @@ struct Device {
 
     // What happened to it.
     std::wstring InstalledInf{};       // source path that the driver was installed from
+    std::wstring StoredInf{};          // the copy in the store that its driver comes from
+    std::wstring Driver{};             // SPDRP_DRIVER; empty: no driver
+    std::wstring FriendlyName{};       // SPDRP_FRIENDLYNAME; empty: none
     std::vector<DWORD> StateChanges{}; // DICS_ENABLE, DICS_DISABLE ... in order
     bool Removed = false;              // removed and not come back
 };

@@ -92,6 +92,9 @@ void Machine::SetWindowsFolder(const std::wstring& path) {
     state_->WindowsFolder = path;
     MakeFolders(*state_, path + L"\\INF");
 }
+Variants& Machine::Windows() {
+    return state_->Windows;
+}
 UINT Machine::ErrorMode() const {
     return state_->ErrorMode;
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "machine/description.h"
+#include "machine/variants.h"
 
 #include <chrono>
 #include <cstdint>
@@ -61,6 +62,8 @@ public:
     void SetWindowsFolder(const std::wstring& path);
     // What the program last told SetErrorMode; 0 at first.
     [[nodiscard]] UINT ErrorMode() const;
+    // What differs between versions of Windows; at first what SETUP_TESTS_WINDOWS says.
+    Variants& Windows();
     // Full paths of the libraries that the program has loaded, in order. By a name alone, the one
     // beside the executable wins over the system's.
     [[nodiscard]] WideTexts LoadedLibraries() const;
@@ -106,7 +109,8 @@ public:
                                             const std::wstring& name) const;
 
     // --- devices --------------------------------------------------------------------------------
-    // The reference stays valid as long as the machine. Devices enumerate in the order added.
+    // The reference stays valid as long as the machine. Devices enumerate in the order of their
+    // IDs, whichever was added first.
     Device& AddDevice(Device device);
     // The device, case of its instance ID ignored; ends the test when there is none.
     Device& At(const std::wstring& instanceId);

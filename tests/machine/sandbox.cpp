@@ -79,6 +79,8 @@ void MakeSandbox(State& state) {
     Inf usb;
     usb.Class = L"USB";
     usb.Ids = {L"USB\\COMPOSITE"};
+    // Nobody is to choose these drivers: they are found by their IDs.
+    usb.MoreText = L"[ControlFlags]\r\nExcludeFromSelect=*\r\n";
     WriteText(state, L"C:\\Windows\\INF\\usb.inf", usb.Text());
 }
 

@@ -52,6 +52,8 @@ struct Store {
     int Copies = 0; // SetupCopyOEMInfW calls so far
     std::map<int, Duration> CopyTimes;
     std::set<int> HangingCopies;
+    // Names that staged INFs had before: "oem0.inf" -> "modem.inf".
+    std::map<std::wstring, std::wstring> OriginalNames;
     Duration PendingTime{0};
 };
 
@@ -72,10 +74,12 @@ struct State {
     std::optional<std::wstring> Version = L"6.1.7601.17514";
     WORD Architecture = PROCESSOR_ARCHITECTURE_AMD64;
     UINT ErrorMode = 0;
+    Variants Windows = Variants::FromEnvironment();
 
     std::wstring Sandbox;      // real folder, without a final backslash
     std::wstring RegistryRoot; // below HKEY_CURRENT_USER
     std::set<std::wstring> LockedFiles;
+    std::set<std::wstring> HiddenFiles;
     std::map<std::wstring, WideTexts> ListingOrders;
 
     std::deque<Node> Nodes;

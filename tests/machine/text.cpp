@@ -51,6 +51,14 @@ std::string HexText(unsigned long long value) {
     return "0x" + text;
 }
 
+std::wstring GuidText(const GUID& guid) {
+    std::array<wchar_t, 40> text{};
+    wsprintfW(text.data(), L"{%08lx-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x}", guid.Data1,
+              guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1], guid.Data4[2], guid.Data4[3],
+              guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
+    return text.data();
+}
+
 std::wstring FileName(std::wstring_view path) {
     const std::size_t cut = path.rfind(L'\\');
     return std::wstring(cut == std::wstring_view::npos ? path : path.substr(cut + 1));

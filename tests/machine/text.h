@@ -14,6 +14,7 @@ std::wstring Lower(std::wstring_view text);
 bool SameText(std::wstring_view left, std::wstring_view right);
 bool StartsWith(std::wstring_view text, std::wstring_view start);
 std::string HexText(unsigned long long value); // "0x1F"
+std::wstring GuidText(const GUID& guid);       // "{4d36e978-e325-11ce-bfc1-08002be10318}"
 std::wstring FileName(std::wstring_view path);
 std::wstring Folder(std::wstring_view path); // with the final backslash; empty when there is none
 

@@ -3,28 +3,24 @@
 #include "machine/text.h"
 
 #include <algorithm>
-#include <cwchar>
 
 namespace conformance {
 
 namespace {
 
-std::wstring GuidText(const GUID& guid) {
-    wchar_t text[40];
-    std::swprintf(text, 40, L"{%08lx-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x}", guid.Data1,
-                  guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1], guid.Data4[2],
-                  guid.Data4[3], guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
-    return text;
-}
-
 // As Windows makes it: the instance ID with other separators, and the class.
 std::wstring PathOf(const std::wstring& instanceId, const GUID& guid) {
     std::wstring path = machine::Lower(instanceId);
     std::replace(path.begin(), path.end(), L'\\', L'#');
-    return L"\\\\?\\" + path + L"#" + GuidText(guid);
+    return L"\\\\?\\" + path + L"#" + machine::GuidText(guid);
 }
 
 } // namespace
+
+MachineWorld::MachineWorld() {
+    // Every Windows has some driver services.
+    AddService(L"Known", L"A known service");
+}
 
 void MachineWorld::AddDevice(const TestDevice& device) {
     machine::Device made{.InstanceId = device.Id,
@@ -64,7 +60,6 @@ void MachineWorld::AddService(const std::wstring& name, const std::wstring& disp
 }
 
 std::wstring MachineWorld::SomeService() {
-    AddService(L"Known", L"A known service");
     return L"Known";
 }
 

@@ -8,6 +8,7 @@ namespace conformance {
 
 class MachineWorld : public World {
 public:
+    MachineWorld();
     void AddDevice(const TestDevice& device) override;
     TestDevice SomeDevice() override;
     void PutInf(const std::wstring& name, std::wstring_view text) override;

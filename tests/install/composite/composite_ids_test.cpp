@@ -118,8 +118,8 @@ TEST_CASE("The first present device of the packet is taken, the rest is not look
     m.AddDevice(Device{.InstanceId = L"PCI\\VID_3A9D\\1"});
     m.AddDevice(Device{.InstanceId = L"USB\\VID_3A9D&PID_9001\\1", .Present = false});
     m.AddDevice(Device{.InstanceId = L"USB\\VID_3A9D&PID_9001&MI_00\\1"});
+    m.AddDevice(Device{.InstanceId = L"USB\\VID_3A9D&PID_9003\\2"});
     m.AddDevice(Device{.InstanceId = L"USB\\VID_3A9D&PID_9003\\1"});
-    m.AddDevice(Device{.InstanceId = L"USB\\VID_3A9D&PID_9001\\2"});
     std::wstring id;
     CHECK(GetCompositeDeviceIDExist(id));
     CHECK(id == L"USB\\VID_3A9D&PID_9003");

@@ -10,7 +10,7 @@ const std::wstring Id9001 = L"USB\\VID_3A9D&PID_9001";
 const std::wstring First = Id9001 + L"\\1";
 const std::wstring Second = Id9001 + L"\\2";
 const std::wstring Third = Id9001 + L"\\3";
-const std::wstring Stranger = L"USB\\VID_1111&PID_2222\\1";
+const std::wstring Stranger = L"USB\\VID_9999&PID_2222\\1";
 const std::string InfPath = "D:\\Packet\\WIN7\\serial.inf";
 
 void Configure(Machine& m, const std::wstring& settings) {

@@ -241,11 +241,11 @@ TEST_CASE("A negative match mode is reached by any match") {
 
 TEST_CASE("A device that is no composite one is expected once") {
     Machine m;
-    m.AddInf(L"WIN7\\a.inf", Inf{.Ids = {L"USB\\VID_3A9D&PID_9011", Id0, Id2}});
-    AddDevices(m, {L"USB\\VID_3A9D&PID_9011\\5&1", Interface0});
+    m.AddInf(L"WIN7\\a.inf", Inf{.Ids = {L"USB\\VID_3A9D&PID_8011", Id0, Id2}});
+    AddDevices(m, {L"USB\\VID_3A9D&PID_8011\\5&1", Interface0});
     TextList matched;
     CHECK(AutoDeviceMatch(matched));
-    CHECK(matched == TextList{L"USB\\VID_3A9D&PID_9011", Id0});
+    CHECK(matched == TextList{L"USB\\VID_3A9D&PID_8011", Id0});
     CHECK(m.Log().back() == "AutoDeviceMatch: Auto device match finish,total 1 devices matched");
 }
 

@@ -20,11 +20,29 @@ struct OpenDevice {
     std::wstring Path;
 };
 
+// Wine forgets that a file is hidden, so the machine remembers it.
+DWORD AttributesOf(const State& state, const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(RealPath(state, path).c_str());
+    const bool hidden =
+        attributes != INVALID_FILE_ATTRIBUTES && state.HiddenFiles.count(Lower(path)) != 0;
+    return hidden ? (attributes & ~DWORD{FILE_ATTRIBUTE_NORMAL}) | FILE_ATTRIBUTE_HIDDEN
+                  : attributes;
+}
+
+BOOL SetAttributes(State& state, const std::wstring& path, DWORD attributes) {
+    const BOOL set = SetFileAttributesW(RealPath(state, path).c_str(), attributes);
+    state.HiddenFiles.erase(Lower(path));
+    if (set != FALSE && (attributes & FILE_ATTRIBUTE_HIDDEN) != 0) {
+        state.HiddenFiles.insert(Lower(path));
+    }
+    return set;
+}
+
 // The present device that offers the path as an interface.
 Node* OwnerOfInterface(State& state, std::wstring_view path, Interface** found) {
     for (Node& node : state.Nodes) {
         for (Interface& candidate : node.Description.Interfaces) {
-            if (node.Description.Present && !node.Description.Removed &&
+            if (node.Description.Present && !node.Description.Removed && candidate.Active &&
                 SameText(candidate.Path, path)) {
                 *found = &candidate;
                 return &node;
@@ -55,6 +73,9 @@ HANDLE WINAPI HookCreateFileW(LPCWSTR path, DWORD access, DWORD share,
               {path, Hex(access), Hex(share), disposition, Hex(flags)});
     if (call.Fails()) {
         return INVALID_HANDLE_VALUE;
+    }
+    if (path == nullptr) {
+        return call.Fail(INVALID_HANDLE_VALUE, ERROR_PATH_NOT_FOUND);
     }
     if (StartsWith(path, L"\\\\?\\") || StartsWith(path, L"\\\\.\\")) {
         return OpenInterface(call, path);
@@ -133,23 +154,49 @@ BOOL WINAPI HookCloseHandle(HANDLE handle) {
     return TRUE;
 }
 
+// Neither is replaced by a copy.
+bool IsProtected(DWORD attributes) {
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN)) != 0;
+}
+
+// A copy has its source's attributes.
+BOOL CopyReal(State& state, LPCWSTR source, LPCWSTR target, BOOL failIfExists) {
+    const std::wstring from = RealPath(state, source);
+    const std::wstring to = RealPath(state, target);
+    ForgetInf(to);
+    if (CopyFileW(from.c_str(), to.c_str(), failIfExists) == FALSE) {
+        return FALSE;
+    }
+    SetAttributes(state, target, AttributesOf(state, source));
+    return TRUE;
+}
+
 BOOL WINAPI HookCopyFileW(LPCWSTR source, LPCWSTR target, BOOL failIfExists) {
     Call call("CopyFileW", Counting::Always, {source, target, failIfExists});
     if (call.Fails()) {
         return FALSE;
     }
+    if (source == nullptr || target == nullptr) {
+        return call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
+    }
     if (IsLocked(call.Inside(), target)) {
         return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
     }
-    ForgetInf(RealPath(call.Inside(), target));
-    return call.Real(CopyFileW(RealPath(call.Inside(), source).c_str(),
-                               RealPath(call.Inside(), target).c_str(), failIfExists));
+    if (failIfExists == FALSE && Exists(call.Inside(), source) &&
+        IsProtected(AttributesOf(call.Inside(), target))) {
+        return call.Fail(FALSE, ERROR_ACCESS_DENIED);
+    }
+    return call.Real(CopyReal(call.Inside(), source, target, failIfExists));
 }
 
 BOOL WINAPI HookDeleteFileW(LPCWSTR path) {
     Call call("DeleteFileW", Counting::Always, {path});
     if (call.Fails()) {
         return FALSE;
+    }
+    if (path == nullptr) {
+        return call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
     }
     if (IsLocked(call.Inside(), path)) {
         return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
@@ -161,27 +208,33 @@ BOOL WINAPI HookDeleteFileW(LPCWSTR path) {
         (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0) {
         return call.Fail(FALSE, ERROR_ACCESS_DENIED);
     }
+    call.Inside().HiddenFiles.erase(Lower(path));
     return call.Real(DeleteFileW(real.c_str()));
 }
 
 BOOL WINAPI HookCreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {
     Call call("CreateDirectoryW", Counting::Always, {path});
-    return call.Fails()
-               ? FALSE
-               : call.Real(CreateDirectoryW(RealPath(call.Inside(), path).c_str(), security));
+    if (call.Fails() || path == nullptr) {
+        return call.Fails() ? FALSE : call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
+    }
+    return call.Real(CreateDirectoryW(RealPath(call.Inside(), path).c_str(), security));
 }
 
 DWORD WINAPI HookGetFileAttributesW(LPCWSTR path) {
     Call call("GetFileAttributesW", Counting::Always, {path});
-    return call.Fails() ? INVALID_FILE_ATTRIBUTES
-                        : call.Real(GetFileAttributesW(RealPath(call.Inside(), path).c_str()));
+    if (call.Fails() || path == nullptr) {
+        return call.Fails() ? INVALID_FILE_ATTRIBUTES
+                            : call.Fail(INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND);
+    }
+    return call.Real(AttributesOf(call.Inside(), path));
 }
 
 BOOL WINAPI HookSetFileAttributesW(LPCWSTR path, DWORD attributes) {
     Call call("SetFileAttributesW", Counting::Always, {path, Hex(attributes)});
-    return call.Fails()
-               ? FALSE
-               : call.Real(SetFileAttributesW(RealPath(call.Inside(), path).c_str(), attributes));
+    if (call.Fails() || path == nullptr) {
+        return call.Fails() ? FALSE : call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
+    }
+    return call.Real(SetAttributes(call.Inside(), path, attributes));
 }
 
 // Brings the entries that the test ordered to the front.
@@ -205,6 +258,9 @@ HANDLE WINAPI HookFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
     Call call("FindFirstFileW", Counting::Always, {pattern});
     if (call.Fails()) {
         return INVALID_HANDLE_VALUE;
+    }
+    if (pattern == nullptr) {
+        return call.Fail(INVALID_HANDLE_VALUE, ERROR_PATH_NOT_FOUND);
     }
     auto listing = std::make_shared<Listing>();
     DWORD error = 0;

@@ -18,6 +18,17 @@ bool IsOfOpenInf(State& state, const INFCONTEXT* line) {
     return false;
 }
 
+// A text without any section is no INF. Wine takes it for one with a mistake in its first line.
+void CorrectRefusal(State& state, LPCWSTR path, UINT* errorLine) {
+    const DWORD error = GetLastError();
+    const bool wrong = error == ERROR_EXPECTED_SECTION_NAME &&
+                       ReadBytes(state, path).find('[') == std::string::npos;
+    if (wrong && errorLine != nullptr) {
+        *errorLine = 0;
+    }
+    SetLastError(wrong ? ERROR_WRONG_INF_STYLE : error);
+}
+
 BOOL WINAPI HookSetupGetInfInformationW(LPCVOID path, DWORD control, PSP_INF_INFORMATION result,
                                         DWORD size, PDWORD needed) {
     const auto* name = static_cast<const wchar_t*>(path);
@@ -25,11 +36,18 @@ BOOL WINAPI HookSetupGetInfInformationW(LPCVOID path, DWORD control, PSP_INF_INF
     if (call.Fails()) {
         return FALSE;
     }
+    if (name == nullptr) {
+        return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
+    }
     if (control != INFINFO_INF_NAME_IS_ABSOLUTE) {
         Misuse(call.Inside(), "SetupGetInfInformationW with a search control the machine lacks");
         return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
     }
-    return call.Real(InfInformation(RealPath(call.Inside(), name), result, size, needed));
+    const BOOL told = InfInformation(RealPath(call.Inside(), name), result, size, needed);
+    if (told == FALSE) {
+        CorrectRefusal(call.Inside(), name, nullptr);
+    }
+    return call.Real(told);
 }
 
 HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUINT errorLine) {
@@ -37,7 +55,14 @@ HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUI
     if (call.Fails()) {
         return INVALID_HANDLE_VALUE;
     }
-    HINF inf = call.Real(OpenInf(RealPath(call.Inside(), path), infClass, style, errorLine));
+    if (path == nullptr) {
+        return call.Fail(INVALID_HANDLE_VALUE, ERROR_INVALID_PARAMETER);
+    }
+    HINF inf = OpenInf(RealPath(call.Inside(), path), infClass, style, errorLine);
+    if (inf == INVALID_HANDLE_VALUE) {
+        CorrectRefusal(call.Inside(), path, errorLine);
+    }
+    call.Real(inf);
     return inf == INVALID_HANDLE_VALUE ? inf : call.Inside().Handles.Open(Kind::Inf, inf);
 }
 

@@ -1,6 +1,6 @@
 // Modules: the executable itself, and libraries that the program loads by name or path.
 #include "machine/call.h"
-#include "machine/library_functions.h"
+#include "machine/hooks/library_functions.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -18,16 +18,16 @@ Library& LibraryBehind(const OpenHandle& handle) {
     return *static_cast<Library*>(handle.Object.get());
 }
 
-bool IsVersion(std::wstring_view path) {
-    return SameText(FileName(path), L"version.dll");
+bool IsVersion(const wchar_t* path) {
+    return path != nullptr && SameText(FileName(path), L"version.dll");
 }
 
 // The version library is loaded to read a setting, and counts and is told as such, under names of
 // its own: what a test says of the first LoadLibraryExW is about the installation.
-Counting CountingOf(std::wstring_view path) {
+Counting CountingOf(const wchar_t* path) {
     return IsVersion(path) ? Counting::Setting : Counting::Always;
 }
-Telling TellingOf(std::wstring_view path) {
+Telling TellingOf(const wchar_t* path) {
     return IsVersion(path) ? Telling::Aside : Telling::Story;
 }
 
@@ -68,6 +68,9 @@ std::wstring SearchLibrary(const State& state, const std::wstring& name) {
 
 HMODULE Load(Call& call, const wchar_t* name) {
     State& state = call.Inside();
+    if (name == nullptr) {
+        return call.Fail(HMODULE{nullptr}, ERROR_INVALID_PARAMETER);
+    }
     const std::wstring wanted = WithExtension(name);
     if (HMODULE loaded = FindLoaded(state, wanted); loaded != nullptr) {
         ++LibraryBehind(*state.Handles.FindAny(loaded)).Loads;
@@ -120,7 +123,7 @@ FARPROC FindIn(const State& state, const std::wstring& path, const char* name) {
     if (!IsSystemLibrary(state, path)) {
         return nullptr;
     }
-    return IsVersion(path) ? FindVersionFunction(name) : FindInstallFunction(L"newdev", name);
+    return IsVersion(path.c_str()) ? FindVersionFunction(name) : FindNewDevFunction(name);
 }
 
 FARPROC WINAPI HookGetProcAddress(HMODULE module, LPCSTR name) {
@@ -128,16 +131,17 @@ FARPROC WINAPI HookGetProcAddress(HMODULE module, LPCSTR name) {
     const OpenHandle* loaded =
         state == nullptr ? nullptr : state->Handles.Find(module, Kind::Library);
     const std::wstring path = loaded == nullptr ? std::wstring() : LibraryBehind(*loaded).Path;
-    Call call(IsVersion(path) ? "GetProcAddress of version" : "GetProcAddress", CountingOf(path),
-              {Named(module), name}, TellingOf(path));
-    if (call.Fails()) {
-        return nullptr;
+    Call call(IsVersion(path.c_str()) ? "GetProcAddress of version" : "GetProcAddress",
+              CountingOf(path.c_str()), {Named(module), name == nullptr ? "null" : name},
+              TellingOf(path.c_str()));
+    if (call.Fails() || name == nullptr) {
+        return call.Fails() ? nullptr : call.Fail(FARPROC{nullptr}, ERROR_PROC_NOT_FOUND);
     }
     FARPROC function = nullptr;
     if (loaded != nullptr) {
         function = FindIn(*state, path, name);
     } else if (module != nullptr && module == GetModuleHandleW(L"SETUPAPI.DLL")) {
-        function = FindInstallFunction(L"setupapi", name);
+        function = FindStoreFunction(name);
     } else {
         Misuse(call.Inside(), "GetProcAddress on " + call.Inside().Handles.Name(module));
     }

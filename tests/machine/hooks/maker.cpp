@@ -42,7 +42,7 @@ unsigned char HookCleanHook() {
     if (machine::Inside() == nullptr) {
         return 1;
     }
-    const Call call("CleanHook", Counting::Always, {});
+    const Call call("CleanHook", Counting::InDestructor, {});
     return call.Fails() ? 0 : 1;
 }
 

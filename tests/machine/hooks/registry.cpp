@@ -112,6 +112,9 @@ LSTATUS WINAPI HookRegDeleteKeyW(HKEY key, LPCWSTR path) {
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
+    if (path == nullptr) {
+        return ERROR_INVALID_PARAMETER;
+    }
     const RealKey where = RealKeyOf(call.Inside(), key, path);
     return where.Key == nullptr ? ERROR_INVALID_HANDLE
                                 : RegDeleteKeyW(where.Key, where.Path.c_str());

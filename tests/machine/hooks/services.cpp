@@ -36,17 +36,63 @@ Service* ServiceOf(Call& call, SC_HANDLE handle) {
     return static_cast<Service*>(open->Real);
 }
 
+// What a handle to the manager was opened for.
+struct Manager {
+    DWORD Access = 0;
+};
+
 SC_HANDLE WINAPI HookOpenSCManagerW(LPCWSTR machineName, LPCWSTR database, DWORD access) {
     Call call("OpenSCManagerW", Counting::Always, {machineName, database, Hex(access)});
     if (call.Fails()) {
         return nullptr;
     }
-    return static_cast<SC_HANDLE>(call.Inside().Handles.Open(Kind::Manager, nullptr));
+    if (database != nullptr && SameText(database, SERVICES_FAILED_DATABASEW)) {
+        return call.Fail(SC_HANDLE{nullptr}, ERROR_DATABASE_DOES_NOT_EXIST);
+    }
+    if (database != nullptr && !SameText(database, SERVICES_ACTIVE_DATABASEW)) {
+        return call.Fail(SC_HANDLE{nullptr}, ERROR_INVALID_NAME);
+    }
+    return call.Succeed(static_cast<SC_HANDLE>(call.Inside().Handles.Open(
+        Kind::Manager, nullptr, std::make_shared<Manager>(Manager{access}))));
 }
 
 bool IsListed(const Service& service, DWORD type, DWORD state) {
     const DWORD running = service.Running ? SERVICE_ACTIVE : SERVICE_INACTIVE;
     return (service.Type & type) != 0 && (running & state) != 0;
+}
+
+std::size_t SizeOf(const Service& service) {
+    return sizeof(ENUM_SERVICE_STATUSW) + TextArea::Size(service.Name) +
+           TextArea::Size(service.DisplayName);
+}
+
+// Records from the buffer's beginning, their texts behind all of them.
+void Fill(const std::vector<const Service*>& listed, LPENUM_SERVICE_STATUSW services) {
+    TextArea texts(services, listed.size() * sizeof(ENUM_SERVICE_STATUSW));
+    for (const Service* service : listed) {
+        ENUM_SERVICE_STATUSW& entry = *services++;
+        entry = {};
+        entry.lpServiceName = texts.Put(service->Name);
+        entry.lpDisplayName = texts.Put(service->DisplayName);
+        entry.ServiceStatus.dwServiceType = service->Type;
+        entry.ServiceStatus.dwCurrentState = service->Running ? SERVICE_RUNNING : SERVICE_STOPPED;
+    }
+}
+
+// 0 when the services may be listed through the handle.
+DWORD ListingError(State& state, SC_HANDLE handle, DWORD type, DWORD states) {
+    const OpenHandle* open = state.Handles.Find(handle, Kind::Manager);
+    if (open == nullptr) {
+        Misuse(state, "service manager handle " + state.Handles.Name(handle));
+        return ERROR_INVALID_HANDLE;
+    }
+    constexpr DWORD Listing = SC_MANAGER_ENUMERATE_SERVICE | GENERIC_READ | GENERIC_ALL;
+    if ((static_cast<const Manager*>(open->Object.get())->Access & Listing) == 0) {
+        return ERROR_ACCESS_DENIED;
+    }
+    const bool knownType = (type & SERVICE_TYPE_ALL) != 0 && (type & ~DWORD{SERVICE_TYPE_ALL}) == 0;
+    const bool knownState = states != 0 && (states & ~DWORD{SERVICE_STATE_ALL}) == 0;
+    return knownType && knownState ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
 }
 
 BOOL WINAPI HookEnumServicesStatusW(SC_HANDLE manager, DWORD type, DWORD state,
@@ -56,35 +102,33 @@ BOOL WINAPI HookEnumServicesStatusW(SC_HANDLE manager, DWORD type, DWORD state,
     if (call.Fails()) {
         return FALSE;
     }
-    if (call.Inside().Handles.Find(manager, Kind::Manager) == nullptr) {
-        Misuse(call.Inside(), "service manager handle " + Named(manager).Text);
-        return call.Fail(FALSE, ERROR_INVALID_HANDLE);
-    }
-    std::vector<const Service*> listed;
-    std::size_t total = 0;
-    for (const Service& service : call.Inside().DriverServices.All) {
-        if (IsListed(service, type, state)) {
-            listed.push_back(&service);
-            total += sizeof(ENUM_SERVICE_STATUSW) + TextArea::Size(service.Name) +
-                     TextArea::Size(service.DisplayName);
-        }
-    }
+    const DWORD error = ListingError(call.Inside(), manager, type, state);
     *count = 0;
-    *resume = 0;
-    *needed = total <= size ? 0 : static_cast<DWORD>(total);
-    if (total > size) {
-        return call.Fail(FALSE, ERROR_MORE_DATA);
+    *needed = 0;
+    if (error != ERROR_SUCCESS) {
+        return call.Fail(FALSE, error);
     }
-    TextArea texts(services, listed.size() * sizeof(ENUM_SERVICE_STATUSW));
-    for (const Service* service : listed) {
-        ENUM_SERVICE_STATUSW& entry = services[(*count)++];
-        entry = {};
-        entry.lpServiceName = texts.Put(service->Name);
-        entry.lpDisplayName = texts.Put(service->DisplayName);
-        entry.ServiceStatus.dwServiceType = service->Type;
-        entry.ServiceStatus.dwCurrentState = service->Running ? SERVICE_RUNNING : SERVICE_STOPPED;
+    std::vector<const Service*> fitting;
+    std::size_t room = size;
+    DWORD place = 0;
+    DWORD next = 0; // where the caller has to go on, from 1; 0: nowhere
+    for (const Service& service : call.Inside().DriverServices.All) {
+        ++place;
+        if (!IsListed(service, type, state) || place < *resume) {
+            continue;
+        }
+        if (next == 0 && SizeOf(service) <= room) {
+            room -= SizeOf(service);
+            fitting.push_back(&service);
+            continue;
+        }
+        next = next == 0 ? place : next;
+        *needed += static_cast<DWORD>(SizeOf(service));
     }
-    return TRUE;
+    Fill(fitting, services);
+    *count = static_cast<DWORD>(fitting.size());
+    *resume = fitting.empty() ? 0 : next;
+    return next == 0 ? call.Succeed(TRUE) : call.Fail(FALSE, ERROR_MORE_DATA);
 }
 
 SC_HANDLE WINAPI HookOpenServiceW(SC_HANDLE manager, LPCWSTR name, DWORD access) {
@@ -95,6 +139,9 @@ SC_HANDLE WINAPI HookOpenServiceW(SC_HANDLE manager, LPCWSTR name, DWORD access)
     if (call.Inside().Handles.Find(manager, Kind::Manager) == nullptr) {
         Misuse(call.Inside(), "service manager handle " + Named(manager).Text);
         return call.Fail(SC_HANDLE{nullptr}, ERROR_INVALID_HANDLE);
+    }
+    if (name == nullptr) {
+        return call.Fail(SC_HANDLE{nullptr}, ERROR_INVALID_ADDRESS);
     }
     for (Service& service : call.Inside().DriverServices.All) {
         if (SameText(service.Name, name)) {

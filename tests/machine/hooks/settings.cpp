@@ -1,6 +1,6 @@
 // What the program reads its settings from: the kernel file's version resource and profile files.
 #include "machine/call.h"
-#include "machine/library_functions.h"
+#include "machine/hooks/library_functions.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -33,7 +33,7 @@ BOOL WINAPI HookGetFileVersionInfoW(LPCWSTR file, DWORD handle, DWORD size, LPVO
     if (call.Fails()) {
         return FALSE;
     }
-    if (!SameText(file, L"ntoskrnl.exe")) {
+    if (file == nullptr || !SameText(file, L"ntoskrnl.exe")) {
         return call.Fail(FALSE, ERROR_FILE_NOT_FOUND);
     }
     if (!call.Inside().Version) {
@@ -68,6 +68,7 @@ BOOL WINAPI HookVerQueryValueW(LPCVOID data, LPCWSTR query, LPVOID* value, PUINT
         *size = static_cast<UINT>(std::wcslen(block->ProductVersion) + 1);
         return TRUE;
     }
+    *size = 0;
     return call.Fail(FALSE, ERROR_RESOURCE_TYPE_NOT_FOUND);
 }
 
@@ -75,25 +76,27 @@ DWORD WINAPI HookGetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR 
                                           LPWSTR buffer, DWORD size, LPCWSTR file) {
     Call call("GetPrivateProfileStringW", Counting::Setting, {section, key, size, file},
               Telling::Aside);
-    if (call.Fails()) {
+    if (call.Fails() || file == nullptr) {
         // An unreadable file gives the default.
-        const std::wstring_view text = otherwise;
-        const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
+        const std::wstring_view text = otherwise == nullptr ? L"" : otherwise;
+        const std::size_t length = size == 0 ? 0 : std::min<std::size_t>(text.size(), size - 1);
         std::copy_n(text.data(), length, buffer);
-        buffer[length] = L'\0';
+        if (size != 0) {
+            buffer[length] = L'\0';
+        }
         return static_cast<DWORD>(length);
     }
-    return call.Real(GetPrivateProfileStringW(section, key, otherwise, buffer, size,
-                                              RealPath(call.Inside(), file).c_str()));
+    // The last error is not touched, whether the key is there or not.
+    return GetPrivateProfileStringW(section, key, otherwise, buffer, size,
+                                    RealPath(call.Inside(), file).c_str());
 }
 
 UINT WINAPI HookGetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, INT otherwise, LPCWSTR file) {
     Call call("GetPrivateProfileIntW", Counting::Setting, {section, key, file}, Telling::Aside);
-    if (call.Fails()) {
+    if (call.Fails() || file == nullptr) {
         return static_cast<UINT>(otherwise);
     }
-    return call.Real(
-        GetPrivateProfileIntW(section, key, otherwise, RealPath(call.Inside(), file).c_str()));
+    return GetPrivateProfileIntW(section, key, otherwise, RealPath(call.Inside(), file).c_str());
 }
 
 } // namespace

@@ -69,7 +69,7 @@ BOOL WINAPI HookTerminateProcess(HANDLE process, UINT status) {
     if (process == GetCurrentProcess() && !call.Fails()) {
         throw ProcessEnded{status};
     }
-    return call.Fail(FALSE, ERROR_ACCESS_DENIED);
+    return call.Fail(FALSE, process == nullptr ? ERROR_INVALID_HANDLE : ERROR_ACCESS_DENIED);
 }
 
 } // namespace

@@ -45,6 +45,9 @@ HANDLE WINAPI HookOpenSemaphoreW(DWORD access, BOOL inherit, LPCWSTR name) {
     if (call.Fails()) {
         return nullptr;
     }
+    if (name == nullptr) {
+        return call.Fail(HANDLE{nullptr}, ERROR_INVALID_PARAMETER);
+    }
     std::shared_ptr<void> semaphore = FindSemaphore(call.Inside(), name);
     if (semaphore == nullptr) {
         return call.Fail(HANDLE{nullptr}, ERROR_FILE_NOT_FOUND);
@@ -63,7 +66,10 @@ BOOL WINAPI HookReleaseSemaphore(HANDLE handle, LONG count, LPLONG previous) {
         return call.Fail(FALSE, ERROR_INVALID_HANDLE);
     }
     auto& semaphore = *static_cast<Semaphore*>(open->Object.get());
-    if (count <= 0 || semaphore.Count + count > semaphore.Maximum) {
+    if (count <= 0) {
+        return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
+    }
+    if (semaphore.Count + count > semaphore.Maximum) {
         return call.Fail(FALSE, ERROR_TOO_MANY_POSTS);
     }
     if (previous != nullptr) {

@@ -1,5 +1,6 @@
 // Dialogs, message boxes, icons: windows that exist only as what was done to them.
 #include "machine/call.h"
+#include "ui/resource.h"
 
 #include <cstdarg>
 
@@ -52,6 +53,9 @@ INT_PTR WINAPI HookDialogBoxParamW(HINSTANCE, LPCWSTR resource, HWND owner, DLGP
     State& state = call.Inside();
     if (state.Screen.Missing) {
         return call.Fail(INT_PTR{-1}, ERROR_INVALID_WINDOW_HANDLE);
+    }
+    if (ResourceNumber(resource) != PROGRESS_DIALOG) {
+        return call.Fail(INT_PTR{-1}, ERROR_RESOURCE_NAME_NOT_FOUND);
     }
     HWND dialog = MakeDialog(state, ResourceNumber(resource));
     state.Screen.Dialogs[dialog].Procedure = procedure;
@@ -119,6 +123,9 @@ LONG_PTR WINAPI HookSetWindowLongPtrW(HWND dialog, int index, LONG_PTR style) {
 
 HICON WINAPI HookLoadIconW(HINSTANCE, LPCWSTR resource) {
     Call call("LoadIconW", Counting::Always, {ResourceNumber(resource)});
+    if (!call.Fails() && ResourceNumber(resource) != PROGRESS_ICON) {
+        return call.Fail(HICON{nullptr}, ERROR_RESOURCE_NAME_NOT_FOUND);
+    }
     return call.Fails() ? nullptr : reinterpret_cast<HICON>(FirstIcon + ResourceNumber(resource));
 }
 
@@ -147,7 +154,12 @@ int WINAPI HookMessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT style
     if (call.Fails()) {
         return 0;
     }
-    call.Inside().Screen.Shown.push_back({text, caption, style});
+    if (owner != nullptr && owner != DesktopWindow() &&
+        FindWindowOf(call.Inside(), owner) == nullptr) {
+        return call.Fail(0, ERROR_INVALID_WINDOW_HANDLE);
+    }
+    call.Inside().Screen.Shown.push_back(
+        {text == nullptr ? L"" : text, caption == nullptr ? L"Error" : caption, style});
     return IDOK;
 }
 

@@ -5,11 +5,8 @@
 
 namespace machine {
 
-// A built driver list.
-struct DriverList {
-    bool Built = false;
-    std::vector<DriverEntry> Entries;
-};
+// A driver list that was built.
+using DriverList = std::vector<DriverEntry>;
 
 // A device in a set, or the set itself for calls without a device.
 struct SetMember {
@@ -23,6 +20,7 @@ struct SetMember {
 struct SetInterface {
     std::size_t Member = 0;
     Interface What;
+    bool Active = true;
 };
 
 struct DeviceSet {
@@ -38,18 +36,22 @@ DeviceSet* SetOf(Call& call, HDEVINFO handle);
 SetMember* MemberOf(Call& call, DeviceSet& set, const SP_DEVINFO_DATA* data);
 // The same, `data` may be null: the set itself.
 SetMember* MemberOrGlobal(Call& call, DeviceSet& set, const SP_DEVINFO_DATA* data);
+// Both at once for a call that does not fail; no member: the call has its error.
+struct SetTarget {
+    DeviceSet* Set = nullptr;
+    SetMember* Member = nullptr;
+};
+SetTarget TargetOf(Call& call, HDEVINFO handle, const SP_DEVINFO_DATA* data);
+
 // The record of the member at this place.
 void FillDevInfo(const DeviceSet& set, std::size_t member, SP_DEVINFO_DATA& data);
+GUID ClassGuidOf(const Device& device);
 
-// "set1, USB\VID_...\1" for the journal.
+// "set1, USB\VID_...\1" and the kind of a GUID, for the journal.
 Argument DeviceName(HDEVINFO handle, const SP_DEVINFO_DATA* data);
+std::string GuidName(const GUID* guid);
 
-// What an installation leaves on a device.
-void InstallOn(State& state, Node& node, const std::wstring& infPath);
-// Copies an INF into the store under the next free name (or finds it there); its name.
-std::wstring StageInf(State& state, const std::wstring& sourcePath);
-// The answer that the test ordered for this installation, used up by asking.
-std::optional<Machine::InstallAnswer> OrderedAnswer(State& state, const std::wstring& id,
-                                                    const std::wstring& infPath);
+// The driver that a record from an enumeration stands for, or null.
+const DriverEntry* EntryOf(const SetMember& member, const SP_DRVINFO_DATA_V2_W* driver);
 
 } // namespace machine

@@ -8,10 +8,10 @@
 
 namespace machine {
 
-// Of "newdev" and "setupapi".
-FARPROC FindInstallFunction(std::wstring_view library, std::string_view name);
-// Of "version".
+FARPROC FindNewDevFunction(std::string_view name);
 FARPROC FindVersionFunction(std::string_view name);
+// Of setupapi.dll.
+FARPROC FindStoreFunction(std::string_view name);
 
 template <typename Function>
 FARPROC AddressOf(Function* function) {

@@ -3,6 +3,7 @@
 #include "commands/arguments.h"
 #include "output/terminal.h"
 #include "output/utf8.h"
+#include "rehearsal/stage.h"
 
 #include <exception>
 
@@ -16,6 +17,10 @@ int wmain(int count, wchar_t** arguments) {
         return commands::Run(std::move(texts));
     } catch (const std::exception& error) {
         terminal::Complain(error.what());
+        return commands::WrongUse;
+    } catch (const rehearsal::ProcessEnded&) {
+        // What the program's objects bring along ends the process for want of memory.
+        terminal::Complain("ended for want of memory, or by a fault of its own");
         return commands::WrongUse;
     }
 }

@@ -1,5 +1,6 @@
 #include "commands/arguments.h"
 
+#include "commands/check_command.h"
 #include "commands/plan_command.h"
 #include "output/terminal.h"
 
@@ -8,6 +9,18 @@
 namespace commands {
 
 namespace {
+
+CLI::App* AddCheck(CLI::App& app, CheckOptions& options) {
+    CLI::App* const check = app.add_subcommand("check", "What is wrong with the packet");
+    check->add_option("folder", options.Folder, "Folder with Setup.ini and the packet's folders")
+        ->required();
+    check->add_option("--generation", options.Generation,
+                      "WIN10, WIN7, VISTA, WINXP, UNKNOWN; all that there are unless given");
+    check->add_option("--modem", options.ModemFile, "description of the modem that it is for");
+    check->add_option("--sarif", options.SarifFile, "write the findings to this file (SARIF)");
+    check->add_flag("--strict", options.Strict, "warnings count like errors");
+    return check;
+}
 
 CLI::App* AddPlan(CLI::App& app, PlanOptions& options) {
     CLI::App* const plan = app.add_subcommand("plan", "What a run will do with the packet");
@@ -29,7 +42,11 @@ int Run(std::vector<std::string> arguments) {
     CLI::App app("Says what a driver packet will do before it ships, and what a run did.",
                  "PacketCheck");
     app.require_subcommand(1);
+    // A path may begin with a slash.
+    app.allow_windows_style_options(false);
     PlanOptions planOptions;
+    CheckOptions checkOptions;
+    const CLI::App* const check = AddCheck(app, checkOptions);
     const CLI::App* const plan = AddPlan(app, planOptions);
     // The parser takes them from the end.
     std::reverse(arguments.begin(), arguments.end());
@@ -37,6 +54,9 @@ int Run(std::vector<std::string> arguments) {
         app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? NothingFound : WrongUse;
+    }
+    if (check->parsed()) {
+        return RunCheck(checkOptions);
     }
     return plan->parsed() ? RunPlan(planOptions) : WrongUse;
 }

@@ -16,11 +16,16 @@ bool IsFolder(const std::wstring& path) {
 
 } // namespace
 
-std::wstring FullPath(const std::string& folder) {
-    const std::wstring name = Wide(folder);
+std::wstring FullFilePath(const std::string& file) {
+    const std::wstring name = Wide(file);
     std::wstring path(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
     path.resize(
         GetFullPathNameW(name.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr));
+    return path;
+}
+
+std::wstring FullPath(const std::string& folder) {
+    std::wstring path = FullFilePath(folder);
     while (path.ends_with(L'\\')) {
         path.pop_back();
     }

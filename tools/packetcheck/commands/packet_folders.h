@@ -10,6 +10,9 @@ namespace commands {
 // The full path of a packet's folder, without a final backslash. Throws when there is none.
 std::wstring FullPath(const std::string& folder);
 
+// The full path of a file, which need not be there.
+std::wstring FullFilePath(const std::string& file);
+
 // The generations that the packet has a folder for, the newest first.
 std::vector<Generation> GenerationsOf(const std::wstring& folder);
 

@@ -95,7 +95,8 @@ Run Tell(Recording recording) {
 }
 
 rehearsal::Place PlaceOf(const Order& order) {
-    return {order.Folder, order.At.empty() ? order.Folder : order.At, order.For.KernelVersion};
+    return {order.Folder, order.At.empty() ? order.Folder : order.At, order.For.KernelVersion,
+            order.Files};
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "plan/plan.h"
 #include "reading/generations.h"
+#include "rehearsal/stage.h"
 
 namespace plan {
 
@@ -13,6 +14,8 @@ struct Order {
     std::wstring At;
     Generation For;
     bool IsInstall = true;
+    // Shared with other rehearsals of the same packet; may be null.
+    std::shared_ptr<rehearsal::FileCache> Files{};
 };
 
 Plan MakePlan(const Order& order);

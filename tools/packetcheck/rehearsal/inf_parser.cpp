@@ -18,7 +18,7 @@ BOOL WINAPI InfInformation(LPCVOID spec, DWORD /*control*/, PSP_INF_INFORMATION 
     if (path.empty()) {
         return FailWith(FALSE, ERROR_FILE_NOT_FOUND);
     }
-    const std::vector<std::byte>& block = Stage::Current()->Infs().InformationOf(path);
+    const std::vector<std::byte>& block = Stage::Current()->Files().Infs.InformationOf(path);
     if (block.empty()) {
         return FALSE;
     }
@@ -40,7 +40,7 @@ HINF WINAPI OpenInf(PCWSTR path, PCWSTR /*infClass*/, DWORD style, PUINT /*error
     if (real.empty()) {
         return FailWith<HINF>(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
     }
-    return Stage::Current()->Infs().Open(real, style);
+    return Stage::Current()->Files().Infs.Open(real, style);
 }
 
 // The cache closes it.

@@ -33,13 +33,21 @@ bool IsSettings(std::wstring_view path) {
 }
 
 std::wstring ReadText(Stage& stage, const wchar_t* section, const wchar_t* key,
-                      const wchar_t* otherwise, DWORD size, const wchar_t* path) {
-    const auto [entry, isNew] = stage.KnownTexts.try_emplace({path, section, key, size});
+                      const wchar_t* otherwise, DWORD size, const std::wstring& path) {
+    const auto [entry, isNew] = stage.Files().Texts.try_emplace({path, section, key, size});
     if (isNew) {
         std::wstring buffer(size, L'\0');
-        GetPrivateProfileStringW(section, key, otherwise, buffer.data(), size,
-                                 stage.RealPath(path).c_str());
+        GetPrivateProfileStringW(section, key, otherwise, buffer.data(), size, path.c_str());
         entry->second = buffer.c_str();
+    }
+    return entry->second;
+}
+
+UINT ReadNumber(Stage& stage, const wchar_t* section, const wchar_t* key, INT otherwise,
+                const std::wstring& path) {
+    const auto [entry, isNew] = stage.Files().Numbers.try_emplace({path, section, key});
+    if (isNew) {
+        entry->second = GetPrivateProfileIntW(section, key, otherwise, path.c_str());
     }
     return entry->second;
 }
@@ -51,7 +59,8 @@ DWORD WINAPI ProfileString(LPCWSTR section, LPCWSTR key, LPCWSTR otherwise, LPWS
         *buffer = L'\0';
         return 0;
     }
-    const std::wstring text = ReadText(*stage, section, key, otherwise, size, path);
+    const std::wstring text =
+        ReadText(*stage, section, key, otherwise, size, stage->RealPath(path));
     if (IsSettings(path)) {
         WriteSetting(*stage, section, key, text, !text.empty());
     } else {
@@ -66,12 +75,7 @@ UINT WINAPI ProfileInt(LPCWSTR section, LPCWSTR key, INT otherwise, LPCWSTR path
     if (stage == nullptr) {
         return static_cast<UINT>(otherwise);
     }
-    const auto [entry, isNew] = stage->KnownNumbers.try_emplace({section, key});
-    if (isNew) {
-        entry->second =
-            GetPrivateProfileIntW(section, key, otherwise, stage->RealPath(path).c_str());
-    }
-    const UINT value = entry->second;
+    const UINT value = ReadNumber(*stage, section, key, otherwise, stage->RealPath(path));
     const bool decides = value != static_cast<UINT>(otherwise);
     WriteSetting(*stage, section, key,
                  decides ? std::to_wstring(static_cast<INT>(value)) : std::wstring(), decides);

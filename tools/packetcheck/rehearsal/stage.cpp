@@ -22,6 +22,9 @@ std::optional<std::wstring_view> Inside(std::wstring_view path, std::wstring_vie
 } // namespace
 
 Stage::Stage(Place place) : place_(std::move(place)) {
+    if (place_.Files == nullptr) {
+        place_.Files = std::make_shared<FileCache>();
+    }
     TheStage = this;
 }
 

@@ -11,13 +11,12 @@
 
 #include "common/text.h"
 #include "platform/platform.h"
-#include "rehearsal/inf_cache.h"
+#include "rehearsal/file_cache.h"
 #include "rehearsal/recording.h"
 
 #include <map>
 #include <memory>
 #include <optional>
-#include <tuple>
 #include <utility>
 
 namespace rehearsal {
@@ -35,6 +34,9 @@ struct Place {
     std::wstring At;
     // Product version of the kernel; empty: the version cannot be read.
     std::wstring KernelVersion;
+    // What has been read of the packet's files, shared by stages on which they do not change; a
+    // cache of the stage's own when there is none.
+    std::shared_ptr<FileCache> Files{};
 };
 
 struct StageDevice {
@@ -80,7 +82,7 @@ public:
     // Time passes; ends a run that would go on without limit.
     void Pass(std::uint32_t milliseconds);
 
-    InfCache& Infs() { return infs_; }
+    FileCache& Files() { return *place_.Files; }
 
     std::vector<StageDevice> Devices;
     std::vector<StoreEntry> Store;
@@ -97,7 +99,6 @@ public:
 
 private:
     Place place_;
-    InfCache infs_;
     std::vector<Event> events_;
     int waits_ = 0;
 };

@@ -24,6 +24,15 @@ void Set(Dice& dice, Sections& sections, const wchar_t* section, const wchar_t* 
     }
 }
 
+// A text; the more special place may leave the word to the first one.
+void SetText(Dice& dice, Sections& sections, const wchar_t* section, const wchar_t* key,
+             const std::wstring& value) {
+    sections[Decorated(dice, section)] += std::wstring(key) + L"=" + value + L"\r\n";
+    if (dice.Once(6)) {
+        sections[Decorated(dice, section)] += std::wstring(key) + L"=\r\n";
+    }
+}
+
 std::wstring Parameters(Dice& dice, std::initializer_list<const wchar_t*> variables) {
     std::wstring text;
     for (std::uint32_t count = dice.Once(15) ? 0 : 1 + dice.Below(3); count != 0; --count) {
@@ -73,11 +82,11 @@ void Switch(Dice& dice, Sections& sections) {
     Set(dice, sections, L"SHIFTDEVICE", L"NEEDSHIFTDEVICE", dice.Pick({L"1", L"1", L"256", L"0"}));
     Set(dice, sections, L"SHIFTDEVICE", L"SHIFTMODE", dice.Pick({L"0", L"1", L"2"}));
     if (!dice.Once(6)) {
-        Set(dice, sections, L"SHIFTDEVICE", L"SCSIDEVICE", L"USBSTOR\\CdRom&Ven_Demo&Rev_1");
+        SetText(dice, sections, L"SHIFTDEVICE", L"SCSIDEVICE", L"USBSTOR\\CdRom&Ven_Demo&Rev_1");
     }
     if (!dice.Once(6)) {
-        Set(dice, sections, L"SHIFTDEVICE", L"SCSICMD",
-            dice.Pick({L"11,06,20,00,00,01", L"1b,0,0,0,2,0", L"1b", L"11, 6", L"xx"}));
+        SetText(dice, sections, L"SHIFTDEVICE", L"SCSICMD",
+                dice.Pick({L"11,06,20,00,00,01", L"1b,0,0,0,2,0", L"1b", L"11, 6", L"xx"}));
     }
 }
 
@@ -122,11 +131,11 @@ std::wstring MakeSettings(Dice& dice) {
     Script(dice, sections, L"PRE_FILE_OPER", true);
     Script(dice, sections, L"POST_REG_OPER", false);
     Script(dice, sections, L"POST_FILE_OPER", true);
-    Set(dice, sections, L"USERSETTING", L"USERKEY", L"SOFTWARE\\User");
+    SetText(dice, sections, L"USERSETTING", L"USERKEY", L"SOFTWARE\\User");
     sections[L"USER_ENV_PARA"] += L"DATA=C:\\data\\\r\n";
     if (dice.Once(4)) {
-        Set(dice, sections, L"DEVICEID", L"LOCATION",
-            L"3,HKEY_LOCAL_MACHINE,SOFTWARE\\%s,Device,x,1,Modem");
+        SetText(dice, sections, L"DEVICEID", L"LOCATION",
+                L"3,HKEY_LOCAL_MACHINE,SOFTWARE\\%s,Device,x,1,Modem");
     }
     std::wstring text;
     for (const auto& [name, lines] : sections) {

@@ -1,0 +1,19 @@
+// What has been read of the packet's files. A rehearsal asks for the same few things thousands of
+// times.
+#pragma once
+
+#include "rehearsal/inf_cache.h"
+
+#include <tuple>
+
+namespace rehearsal {
+
+struct FileCache {
+    InfCache Infs;
+    // What the profile functions have said: a text by path, section, key and size of the buffer, a
+    // number by path, section and key.
+    std::map<std::tuple<std::wstring, std::wstring, std::wstring, DWORD>, std::wstring> Texts;
+    std::map<std::tuple<std::wstring, std::wstring, std::wstring>, UINT> Numbers;
+};
+
+} // namespace rehearsal

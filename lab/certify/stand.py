@@ -5,6 +5,7 @@ import contextlib
 import dataclasses
 import pathlib
 import re
+import subprocess
 import time
 from collections.abc import Callable, Iterator
 
@@ -73,7 +74,7 @@ class Stand:
         self.settle()
 
     def run(self, switch: str, expected: int,
-            during: Callable[[Machine, object], object] | None = None) -> None:
+            during: Callable[[Machine, subprocess.Popen], object] | None = None) -> None:
         """Runs the program, and notes how it should have ended and did."""
         settings = self.subject.settings
         limit = settings.longest_run(len(self.subject.infs)) / self.machine.pace + _SPARE
@@ -147,7 +148,7 @@ class Stand:
     def _stays(self, line: str, after: Snapshot) -> bool:
         """Whether Windows keeps that after a removal as well: the keys of services and of classes,
         its own driver of a whole device, and what it remembers of a device that was plugged."""
-        written = re.match(r"[+~-] \[(.*?)\]", line).group(1)
+        written = line[line.index("[") + 1:line.index("]")]
         key = written.lower()
         service = re.search(r"\\services\\([^\\]+)", key)
         if service and any(service.group(1) in inf.services for inf in self._known_infs()):
@@ -217,7 +218,8 @@ def set_up(subject: Subject, finding: Finding, description: Description | None =
             finding.seconds = time.monotonic() - begun
 
 
-def wait_for_line(machine: Machine, process: object, text: str, seconds: float = 120) -> bool:
+def wait_for_line(machine: Machine, process: subprocess.Popen, text: str,
+                  seconds: float = 120) -> bool:
     """Waits until the log has a text; false when the program ended without it."""
     host.wait_until(lambda: text in machine.log() or process.poll() is not None, seconds)
     return text in machine.log()

@@ -4,6 +4,7 @@ import argparse
 import shutil
 import sys
 from collections.abc import Callable
+from typing import Any
 
 from certify import command as certify
 
@@ -62,7 +63,7 @@ def _parser() -> argparse.ArgumentParser:
     added = parser.add_subparsers(required=True, metavar="command")
 
     def command(function: Callable[[argparse.Namespace], int], name: str, text: str,
-                named: bool = True, **more: object) -> argparse.ArgumentParser:
+                named: bool = True, **more: Any) -> argparse.ArgumentParser:
         one = added.add_parser(name, help=text, description=text, **more)
         one.set_defaults(function=function)
         if named:

@@ -5,6 +5,7 @@ import os
 import pathlib
 import subprocess
 import sys
+from collections.abc import Callable
 
 from . import host, layout, modem, nodes, registry, setup_folder
 from .machine import Machine
@@ -48,13 +49,15 @@ def _show_log(text: str) -> None:
     sys.stdout.flush()
 
 
-def _shoot(machine: Machine, process: subprocess.Popen, picture: pathlib.Path) -> None:
+def _shooter(picture: pathlib.Path) -> Callable[[Machine, subprocess.Popen], None]:
     """Takes the picture while the program works; it shows its window right at the beginning."""
-    host.wait_until(
-        lambda: process.poll() is not None or "Main thread started" in machine.log(), 20)
-    host.wait_until(lambda: process.poll() is not None, 1.5)
-    if process.poll() is None:
-        machine.shoot(picture)
+    def shoot(machine: Machine, process: subprocess.Popen) -> None:
+        host.wait_until(
+            lambda: process.poll() is not None or "Main thread started" in machine.log(), 20)
+        host.wait_until(lambda: process.poll() is not None, 1.5)
+        if process.poll() is None:
+            machine.shoot(picture)
+    return shoot
 
 
 def run(options: argparse.Namespace) -> int:
@@ -71,7 +74,7 @@ def run(options: argparse.Namespace) -> int:
         modem.wait_settled(machine)
     outcome = machine.run(
         options.switch, timeout=options.timeout, follow=_show_log if options.follow else None,
-        during=picture and (lambda on, process: _shoot(on, process, picture)))
+        during=_shooter(picture) if picture else None)
     if not options.follow:
         print(outcome.log, end="")
     if outcome.exit_code is None:
@@ -105,25 +108,26 @@ def write_findings(machine: Machine, target: pathlib.Path) -> None:
         target.mkdir(parents=True, exist_ok=True)
     except OSError as error:
         raise layout.LabError(f"{target} cannot be made a folder: {error.strerror}") from error
-    (target / "nodes.txt").write_text(nodes.table(machine.nodes()) + "\n")
-    (target / "services.txt").write_text("".join(
-        f"{name}: {registry.plain(values.get('DisplayName'))}, "
-        f"{registry.plain(values.get('ImagePath'))}\n"
-        for name, values in sorted(machine.services().items())))
-    (target / "Setup.log").write_text(machine.log())
-    after = machine.snapshot()
+    texts = {
+        "nodes.txt": nodes.table(machine.nodes()) + "\n",
+        "services.txt": "".join(f"{name}: {registry.plain(values.get('DisplayName'))}, "
+                                f"{registry.plain(values.get('ImagePath'))}\n"
+                                for name, values in sorted(machine.services().items())),
+        "Setup.log": machine.log()}
+    before, after = machine.remembered(), machine.snapshot()
     # The driver notes the end of the session as well.
-    (target / "modem.log").write_text(modem.journal(machine))
-    (target / "gaps.log").write_text(machine.gap_journal())
-    before = machine.remembered()
+    texts |= {"modem.log": modem.journal(machine), "gaps.log": machine.gap_journal()}
     if before:
-        (target / "registry.txt").write_text("".join(
-            line + "\n" for line in before.registry_changes(after)))
-        (target / "files.txt").write_text("".join(
-            line + "\n" for line in before.file_changes(after)))
-        print(f"collected in {target}")
-    else:
-        print(f"collected in {target}; the program has not run yet, so there are no differences")
+        texts |= {"registry.txt": _lines(before.registry_changes(after)),
+                  "files.txt": _lines(before.file_changes(after))}
+    for name, text in texts.items():
+        (target / name).write_text(text, "utf-8")
+    print(f"collected in {target}"
+          + ("" if before else "; the program has not run yet, so there are no differences"))
+
+
+def _lines(texts: list[str]) -> str:
+    return "".join(text + "\n" for text in texts)
 
 
 def check(options: argparse.Namespace) -> int:

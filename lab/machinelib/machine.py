@@ -210,7 +210,7 @@ class Machine:
         return True
 
     def _display(self) -> str | None:
-        return self._screen and self._screen.display
+        return self._screen.display if self._screen else None
 
     def shoot(self, path: pathlib.Path) -> bool:
         """Takes a picture of the machine's screen; false when it has none."""

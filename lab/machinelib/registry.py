@@ -28,7 +28,7 @@ def _ascii(text: str) -> str:
 def seed(prefix: pathlib.Path, reg_text: str) -> None:
     """Puts the keys of a .reg text into the files of a machine that is off. Later keys win, as when
     the text is imported by the registry editor, but without starting anything."""
-    parts = {SYSTEM: [], USER: []}
+    parts: dict[str, list[str]] = {SYSTEM: [], USER: []}
     hive = None
     for line in reg_text.replace("\r", "").split("\n"):
         key = re.fullmatch(r"\[(-?)(.*)\]", line.strip())
@@ -61,7 +61,7 @@ def _sections(text: str) -> dict[str, str]:
     """{key path in its own case: the lines of its values} of either kind of text."""
     text = text.replace("\r", "").replace(",\\\n  ", ",")
     exported = text.startswith(("Windows Registry Editor", "REGEDIT"))
-    keys = {}
+    keys: dict[str, str] = {}
     for section in text.split("\n[")[1:]:
         head, _, values = section.partition("\n")
         path = head[:head.rindex("]")]

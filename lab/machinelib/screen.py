@@ -43,7 +43,7 @@ class Screen:
     def end(self) -> None:
         command = pathlib.Path(f"/proc/{self.process}/comm")
         # A number that meanwhile means another process is left alone.
-        if not command.exists() or command.read_text().strip() != "Xvfb":
+        if not command.exists() or command.read_text("ascii", errors="replace").strip() != "Xvfb":
             return
         os.kill(self.process, signal.SIGTERM)
         try:

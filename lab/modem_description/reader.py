@@ -169,7 +169,8 @@ class _Reader:
             raise DescriptionError(f"{name}: describes nothing: there is no [modem]")
         if len(whole.modems) > MODEM_LIMIT or len(whole.nodes) > NODE_LIMIT:
             raise DescriptionError(f"{name}: more than {MODEM_LIMIT} modems or {NODE_LIMIT} nodes")
-        for thing in [*whole.nodes, *whole.ghosts]:
+        things: list[Node | Ghost] = [*whole.nodes, *whole.ghosts]
+        for thing in things:
             self._check(thing, _fault_of_ids(thing))
         for number, modem in enumerate(whole.modems):
             self._check(modem, _fault_of_modem(

@@ -14,7 +14,7 @@ Key = tuple[str, Values]
 
 def driver_keys(journal: str) -> list[Key]:
     """The bus driver's service and its ROOT node."""
-    return [
+    keys: list[Key] = [
         (f"{SERVICES}\\vmodem", [
             ("DisplayName", "Virtual modem bus"),
             ("ErrorControl", 1),
@@ -32,8 +32,8 @@ def driver_keys(journal: str) -> list[Key]:
             ("HardwareID", ["root\\vmodem"]),
             ("Service", "vmodem"),
         ]),
-        *((f"{SERVICES}\\{service}", [("Start", 4)]) for service in _HOST_HARDWARE),
     ]
+    return keys + [(f"{SERVICES}\\{service}", [("Start", 4)]) for service in _HOST_HARDWARE]
 
 
 def parameters(kind: str, things: list[Values]) -> list[Key]:

@@ -174,7 +174,7 @@ class Settling(Bench):
         """What was done: turned off, and tried, with or without a repetition."""
         done = []
 
-        def tool(_, *arguments, repeat=True, **__):
+        def tool(_, *__, repeat=True):
             done.append(repeat)
             if len(done) <= failures:
                 raise layout.LabError("the modem driver is not running")

@@ -6,12 +6,11 @@ import io
 import unittest
 from unittest import mock
 
+from findings import step
 import modem_description
 from certify import bench, plan, runs, variant
 from certify.verdict import Colour, judge
 from machinelib import layout, setup_folder
-
-from findings import step
 
 WISH = plan.Wish([setup_folder.PACKETS / "demo"], ["demo"], [], [])
 

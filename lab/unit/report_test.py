@@ -7,11 +7,10 @@ import tempfile
 import unittest
 import xml.etree.ElementTree as xml
 
+from findings import LOG, finding, step
 from certify.report import drawing, folder, junit, page, timeline
 from certify.report.page import Made
 from machinelib import layout
-
-from findings import LOG, finding, step
 
 MADE = Made("2026-01-02 03:04", "Setup.exe abc", 83)
 NASTY = "<script>alert('x')</script> & \"quoted\""

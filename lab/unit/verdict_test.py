@@ -2,10 +2,9 @@
 
 import unittest
 
-from certify.verdict import Colour, Verdict, doubtful_lines, judge, worst
-
 import findings
 from findings import LOG, finding, function, step
+from certify.verdict import Colour, Verdict, doubtful_lines, judge, worst
 
 
 class Judging(unittest.TestCase):

@@ -7,16 +7,16 @@ class Markup(str):
     """Text that is markup already."""
 
 
-def element(name: str, /, *content: str, **attributes: object) -> Markup:
+def element(tag: str, *content: str, **attributes: object) -> Markup:
     """One element. An attribute's name may end in _ where Python reserves it, and has _ for -; an
     attribute of None is left out."""
     written = "".join(
         f' {key.rstrip("_").replace("_", "-")}="{html.escape(_text(value))}"'
         for key, value in attributes.items() if value is not None)
-    if name in ("meta", "link", "img", "br", "rect", "line", "path", "circle"):
+    if tag in ("meta", "link", "img", "br", "rect", "line", "path", "circle"):
         inside = join(*content)
-        return Markup(f"<{name}{written}>{inside}</{name}>" if inside else f"<{name}{written}/>")
-    return Markup(f"<{name}{written}>{join(*content)}</{name}>")
+        return Markup(f"<{tag}{written}>{inside}</{tag}>" if inside else f"<{tag}{written}/>")
+    return Markup(f"<{tag}{written}>{join(*content)}</{tag}>")
 
 
 def join(*content: str) -> Markup:

@@ -7,7 +7,7 @@ from .. import runs
 from ..finding import Finding
 from ..verdict import Colour, Verdict, judge, worst
 from . import drawing, timeline
-from .markup import Markup, element, join
+from .markup import Markup, element
 from .style import STYLE
 
 _SIGNS = {Colour.GREEN: "✓", Colour.AMBER: "!", Colour.RED: "✗", Colour.GREY: "–"}

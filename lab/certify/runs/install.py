@@ -47,7 +47,7 @@ def fresh(subject: Subject, finding: Finding) -> None:
     with tempfile.TemporaryDirectory() as folder, \
             set_up(subject, finding, screen=pictured) as stand:
         picture = pathlib.Path(folder, "window.png")
-        stand.run("-i", SUCCESS, during=pictured and _shooter(picture))
+        stand.run("-i", SUCCESS, during=_shooter(picture) if pictured else None)
         arrive(stand)
         whole(stand)
         finding.wrong += _uncovered(subject)

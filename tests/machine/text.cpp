@@ -33,6 +33,16 @@ std::wstring Lower(std::wstring_view text) {
     return result;
 }
 
+std::wstring Upper(std::wstring_view text) {
+    std::wstring result(text);
+    for (wchar_t& character : result) {
+        if (character >= L'a' && character <= L'z') {
+            character = static_cast<wchar_t>(character - L'a' + L'A');
+        }
+    }
+    return result;
+}
+
 bool SameText(std::wstring_view left, std::wstring_view right) {
     return left.size() == right.size() && Lower(left) == Lower(right);
 }

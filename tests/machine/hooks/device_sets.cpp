@@ -27,7 +27,7 @@ WideTexts PartsOf(const std::wstring& instanceId) {
     std::size_t begin = 0;
     for (std::size_t end = 0; end != std::wstring::npos; begin = end + 1) {
         end = parts.size() == 2 ? std::wstring::npos : instanceId.find(L'\\', begin);
-        parts.push_back(Lower(instanceId.substr(begin, end - begin)));
+        parts.push_back(Upper(instanceId.substr(begin, end - begin)));
     }
     return parts;
 }

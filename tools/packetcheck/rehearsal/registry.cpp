@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace rehearsal {
 
@@ -98,11 +99,15 @@ LSTATUS WINAPI QueryValue(HKEY key, LPCWSTR name, LPDWORD /*reserved*/, LPDWORD 
         return ERROR_FILE_NOT_FOUND;
     }
     const std::size_t bytes = (value->second.size() + 1) * sizeof(wchar_t);
-    if (bytes > *size) {
+    const DWORD room = std::exchange(*size, static_cast<DWORD>(bytes));
+    *type = REG_SZ;
+    if (data == nullptr) {
+        return ERROR_SUCCESS;
+    }
+    if (bytes > room) {
         return ERROR_MORE_DATA;
     }
     std::memcpy(data, value->second.c_str(), bytes);
-    *type = REG_SZ;
     return ERROR_SUCCESS;
 }
 

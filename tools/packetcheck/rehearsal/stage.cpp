@@ -4,6 +4,9 @@
 
 #include "common/run_state.h"
 
+#include <algorithm>
+#include <array>
+
 namespace rehearsal {
 
 namespace {
@@ -17,6 +20,14 @@ std::optional<std::wstring_view> Inside(std::wstring_view path, std::wstring_vie
         return std::nullopt;
     }
     return path.substr(folder.size() + 1);
+}
+
+// Windows enumerates devices in the order of their registry keys: enumerator, device, instance.
+std::array<std::wstring, 3> PlaceInRegistry(const StageDevice& device) {
+    const std::wstring id = UpperCase(device.InstanceId());
+    const std::size_t first = id.find(L'\\');
+    const std::size_t second = id.find(L'\\', first + 1);
+    return {id.substr(0, first), id.substr(first + 1, second - first - 1), id.substr(second + 1)};
 }
 
 } // namespace
@@ -44,6 +55,10 @@ void Stage::SetScene() {
 void Stage::SetScene(std::vector<StageDevice> devices) {
     Store = PacketInStore();
     Devices = std::move(devices);
+    std::stable_sort(Devices.begin(), Devices.end(),
+                     [](const StageDevice& left, const StageDevice& right) {
+                         return PlaceInRegistry(left) < PlaceInRegistry(right);
+                     });
     Milliseconds = 0;
     waits_ = 0;
     Threads.clear();

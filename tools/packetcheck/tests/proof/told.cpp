@@ -64,7 +64,9 @@ Lines WantedGone(const Lines& log) {
     Lines paths;
     for (const std::string& line : log) {
         const std::string path = RemovedPath(line);
-        if (!path.empty() && !NamesOem(path)) {
+        // A name without a folder is only told as not existing: nothing is looked for.
+        const bool isWhole = path.starts_with("\\\\") || path.substr(0, 3).ends_with(":\\");
+        if (isWhole && !NamesOem(path)) {
             paths.push_back(path);
         }
     }

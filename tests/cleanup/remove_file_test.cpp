@@ -78,6 +78,24 @@ TEST_CASE("Attributes that cannot be set do not keep a file from being deleted")
     CHECK(m.Log() == Lines{Line("modem.sys", " was deleted successfully")});
 }
 
+TEST_CASE("A missing file whose path fits is missing, however long the path") {
+    for (const std::size_t length : {199U, 200U, 230U, 259U}) {
+        Machine m;
+        const std::wstring path = Drivers + std::wstring(length - Drivers.size(), L'x');
+        DeleteFileWithLog(path);
+        CHECK(m.Log() == Lines{"RemoveFile: File " + machine::Utf8(path) + " not exist"});
+    }
+}
+
+TEST_CASE("Of a path of 260 characters nothing is known, not even that the file is missing") {
+    Machine m;
+    const std::wstring path = Drivers + std::wstring(260 - Drivers.size(), L'x');
+    DeleteFileWithLog(path);
+    CHECK(m.Calls() == Lines{});
+    CHECK(m.Log() == Lines{"RemoveFile: Error in deleting file : " + machine::Utf8(path) +
+                           ", error code 0x000000CE"});
+}
+
 TEST_CASE("A path that does not fit is reported, never cut to another file's") {
     Machine m;
     const std::wstring folder = L"C:\\" + std::wstring(200, L'f') + L"\\";

@@ -57,6 +57,20 @@ TEST_CASE("A line without a key whose place the parser refuses has an empty firs
     CHECK(lines[0].Fields == TextList{L"", L"usbser.sys"});
 }
 
+TEST_CASE(
+    "A value that is refused without a reason is left out, whatever error an earlier call left") {
+    Machine m;
+    // Every success leaves what would be the answer to a question for the size.
+    m.Windows().AfterSuccess = Variants::LastError::Stray;
+    const std::wstring path = AddSections(m, L"[S]\r\na=1,2,3\r\n");
+    // Two calls each: the key, the first value, the second.
+    m.FailCall("SetupGetStringFieldW", 5, ErrorAsBefore);
+    InfLineList lines;
+    CHECK(GetInfSectionText(path, L"S", lines));
+    REQUIRE(lines.size() == 1);
+    CHECK(lines[0].Fields == TextList{L"a", L"1", L"3"});
+}
+
 TEST_CASE("A single value without a key is its own key to the parser") {
     CHECK(FieldsOf(L"[S]\r\nusbser.sys\r\n") ==
           std::vector<TextList>{{L"usbser.sys", L"usbser.sys"}});

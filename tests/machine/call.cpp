@@ -54,7 +54,7 @@ Call::Call(const char* function, Counting counting, std::initializer_list<Argume
     CountAndDecide(counting);
     if (fault_ != 0) {
         line += " -> fails " + HexText(fault_);
-        lastError_ = fault_;
+        lastError_ = fault_ == ErrorAsBefore ? lastError_ : fault_;
     }
     record.Entries.push_back({line, function, telling == Telling::Story});
     if (mayThrow && ++record.Steps > record.StepBudget) {

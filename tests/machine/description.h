@@ -69,6 +69,9 @@ struct Device {
     // A present device that was removed comes back, without class and driver, at the next
     // re-enumeration of the tree.
     bool ReturnsAfterRemoval = true;
+    // What the install parameters show before anybody has set them.
+    DWORD FlagsEx = 0;
+    std::wstring DriverPath{};
     // Flags that the install parameters show after a removal (DI_NEEDREBOOT ...).
     DWORD FlagsAfterRemoval = 0;
 

@@ -205,6 +205,9 @@ Service& Machine::AddService(Service service) {
     state_->DriverServices.All.push_back(std::move(service));
     return state_->DriverServices.All.back();
 }
+void Machine::SizeQueryMovesOn() {
+    state_->DriverServices.SizeQueryMovesOn = true;
+}
 Service& Machine::ServiceAt(const std::wstring& name) {
     for (Service& service : state_->DriverServices.All) {
         if (SameText(service.Name, name)) {
@@ -214,6 +217,9 @@ Service& Machine::ServiceAt(const std::wstring& name) {
     throw std::runtime_error("no service " + Utf8(name));
 }
 
+void Machine::SetCalendar(std::uint64_t fileTime) {
+    state_->StartTime = fileTime;
+}
 Duration Machine::Now() const {
     return Duration(state_->Threads.Clock());
 }
@@ -270,6 +276,10 @@ std::vector<UINT> Machine::UnreadMessages() const {
 }
 std::string Machine::ThreadFailure() const {
     return state_->Threads.Failure;
+}
+
+void Machine::LoggingLeavesError(DWORD error) {
+    state_->ErrorAfterLogging = error;
 }
 
 const Window& Machine::WindowOf(HWND dialog) const {

@@ -42,6 +42,9 @@ struct WaitNeverEnds {
 // of 4.
 constexpr DWORD MainThread = 0x100;
 
+// As the error of a call that is to fail: it fails and leaves the last error as it was.
+constexpr DWORD ErrorAsBefore = 0xFFFFFFFF;
+
 struct State;
 
 class Machine {
@@ -143,8 +146,13 @@ public:
     // --- services -------------------------------------------------------------------------------
     Service& AddService(Service service);
     Service& ServiceAt(const std::wstring& name);
+    // A listing of the services for which there is no room at all leaves a place behind the last
+    // one to go on from; otherwise it leaves the first.
+    void SizeQueryMovesOn();
 
     // --- clock and timeline ---------------------------------------------------------------------
+    // The calendar time at which the machine is made, in units of 100 nanoseconds since 1601.
+    void SetCalendar(std::uint64_t fileTime);
     // Virtual time since the machine was made.
     [[nodiscard]] Duration Now() const;
     // Runs the action when the virtual clock gets there.
@@ -179,6 +187,10 @@ public:
     [[nodiscard]] std::vector<UINT> UnreadMessages() const;
     // Text of an exception that ended a thread of the program; empty when none did.
     [[nodiscard]] std::string ThreadFailure() const;
+
+    // --- the maker's libraries -----------------------------------------------------------------
+    // From now on each line that is logged leaves this last error; the maker's own library may.
+    void LoggingLeavesError(DWORD error);
 
     // --- windows --------------------------------------------------------------------------------
     // A dialog window for driving a dialog procedure directly.

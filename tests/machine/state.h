@@ -59,6 +59,7 @@ struct Store {
 
 struct Services {
     std::deque<Service> All;
+    bool SizeQueryMovesOn = false;
 };
 
 struct Desktop {
@@ -74,6 +75,8 @@ struct State {
     std::optional<std::wstring> Version = L"6.1.7601.17514";
     WORD Architecture = PROCESSOR_ARCHITECTURE_AMD64;
     UINT ErrorMode = 0;
+    // 2026-01-05 08:00 UTC.
+    std::uint64_t StartTime = 134'120'448'000'000'000ULL;
     Variants Windows = Variants::FromEnvironment();
 
     std::wstring Sandbox;      // real folder, without a final backslash
@@ -88,6 +91,8 @@ struct State {
     std::map<int, std::vector<Action>> AtReenumeration;
     int Reenumerations = 0;
     std::vector<std::pair<Duration, Action>> AfterOrder;
+
+    std::optional<DWORD> ErrorAfterLogging;
 
     Store InfStore;
     Services DriverServices;

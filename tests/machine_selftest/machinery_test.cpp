@@ -110,6 +110,23 @@ TEST_CASE("Threads meet through semaphores and messages") {
     CHECK(m.LeakSummary() == "");
 }
 
+TEST_CASE("A thread with flags that Windows does not know is refused") {
+    Machine m;
+    for (const DWORD flags : {0x1UL, 0x2UL, 0x8UL, 0x80000000UL}) {
+        CHECK(fake_CreateThread(nullptr, 0, &ReleaseAndPost, nullptr, flags, nullptr) == nullptr);
+        CHECK(GetLastError() == ERROR_INVALID_PARAMETER);
+    }
+    CHECK(m.RunningThreads() == 0);
+}
+
+TEST_CASE("A call may fail without a reason: what the last error was, it stays") {
+    Machine m;
+    m.FailCall("DeleteFileW", 1, ErrorAsBefore);
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    CHECK(fake_DeleteFileW(L"C:\\a.txt") == FALSE);
+    CHECK(GetLastError() == ERROR_INSUFFICIENT_BUFFER);
+}
+
 TEST_CASE("A seed gives an order of the threads, the same one each time") {
     const auto journal = [](unsigned seed) {
         Machine m;

@@ -3,6 +3,7 @@
 
 #include "common/run_state.h"
 #include "machine/machine.h"
+#include "machine/text.h"
 #include "support/doctest_support.h"
 
 #include <algorithm>
@@ -305,6 +306,26 @@ TEST_CASE("A request of six fields and no parameter is logged and skipped") {
           Lines{Failed("1,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,A,a,1", "00000057")});
     CHECK(StoryOf(L"2,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,A,a,1,") ==
           Lines{Failed("2,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,A,a,1,", "00000057")});
+}
+
+TEST_CASE("A variable that is longer than the filled line is not taken for whole fields") {
+    Machine m;
+    // The request stands in the variable. What of it fits ends in its sixth field, the type.
+    std::wstring request = L"1,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,Port,COM3,";
+    request += std::wstring(259 - request.size() - 1, L' ') + L"1";
+    m.WriteIni(L"[USER_ENV_PARA]\r\nREQUEST=" + request + L"1 and more\r\n");
+    Run(L"%1,,,,,,$REQUEST");
+    CHECK_FALSE(m.RegistryKeyExists(Key));
+    CHECK(m.Story() == Lines{Failed(Utf8(request), "000000CE")});
+}
+
+TEST_CASE("A variable that fills the line exactly is carried out") {
+    Machine m;
+    std::wstring request = L"1,HKEY_LOCAL_MACHINE,SOFTWARE\\VendorX,Port,COM3,";
+    request += std::wstring(259 - request.size() - 1, L' ') + L"1";
+    m.WriteIni(L"[USER_ENV_PARA]\r\nREQUEST=" + request + L"\r\n");
+    Run(L"%1,,,,,,$REQUEST");
+    CHECK(m.RegistryText(Key, L"Port") == L"COM3");
 }
 
 TEST_CASE("An empty request fails") {

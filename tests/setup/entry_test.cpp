@@ -94,6 +94,24 @@ TEST_CASE("The seconds of a run are whole seconds of calendar time") {
     CHECK(EndsInPauseAfter(m, "Setup: Setup process complete, total 75 seconds used"));
 }
 
+TEST_CASE("The seconds of a run count on when the low half of the file time wraps around") {
+    Machine m;
+    // 30 seconds before the wrap.
+    m.SetCalendar(0x01DC'0000'0000'0000ULL - 30 * 10'000'000ULL);
+    SetUpModem(m, L"[INSTALL]\r\nMODE=1\r\n[ENUM]\r\nSCSIRSPTIMEOUT=70\r\n");
+    CHECK(RunProgram(L"-i") == 1);
+    CHECK(EndsInPauseAfter(m, "Setup: Setup process complete, total 75 seconds used"));
+}
+
+TEST_CASE("The staging threads find the main thread, whose id the program notes at its start") {
+    Machine m;
+    MainThreadId = 0;
+    SetUpModem(m, L"[INSTALL]\r\nMODE=0\r\n");
+    CHECK(RunProgram(L"-i") == 1);
+    CHECK(MainThreadId == MainThread);
+    CHECK(m.Logged("PreInstall: Message 0x7EB from thread 0x00000108"));
+}
+
 TEST_CASE("The registry operations of PROCESS run in both kinds of run and cannot fail one") {
     constexpr auto* Ini = L"[PROCESS]\r\nOPERNUM=2\r\n"
                           L"OPER00=1,HKEY_CURRENT_USER,%1,a,,1,Software\\Seen\r\n"

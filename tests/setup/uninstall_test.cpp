@@ -2,6 +2,7 @@
 #include "setup/uninstall.h"
 
 #include "common/run_state.h"
+#include "machine/text.h"
 #include "setup/run_program.h"
 #include "support/doctest_support.h"
 
@@ -55,6 +56,21 @@ TEST_CASE("A configured registry value replaces the ids of the INF files") {
     CHECK(GetDevIDToUnInstall(ids));
     CHECK(ids == DeviceIdList{L"USB\\VID_3A9D&PID_9003"});
     CHECK_FALSE(m.Logged(InfIdsAreUsed));
+}
+
+TEST_CASE("The request for the configured id may fill its 259 characters") {
+    for (const std::size_t length : {199U, 200U, 230U, 259U}) {
+        Machine m;
+        const std::wstring tail = L",,1,SOFTWARE\\Maker";
+        std::wstring request = L"3,HKEY_LOCAL_MACHINE,%1,";
+        const std::wstring name(length - request.size() - tail.size(), L'n');
+        request += name + tail;
+        SetUp(m, L"[DEVICEID]\r\nLOCATION=" + request + L"\r\n");
+        m.SetRegistryText(L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Maker", name, L"USB\\VID_3A9D&PID_9003");
+        DeviceIdList ids;
+        CHECK(GetDevIDToUnInstall(ids));
+        CHECK(ids == DeviceIdList{L"USB\\VID_3A9D&PID_9003"});
+    }
 }
 
 TEST_CASE("A configured registry value that is missing leaves the ids of the INF files") {
@@ -126,6 +142,24 @@ TEST_CASE("An uninstall removes interfaces before their parent, then INF and dri
     CHECK_FALSE(m.HasDevice(NetFunction));
     CHECK(m.LeakSummary() == "");
     CHECK(m.Misuses() == Lines{});
+}
+
+TEST_CASE("A serial number that looks like the mark of an interface makes none of a device") {
+    Machine m;
+    SetUp(m);
+    const std::wstring serial = L"USB\\VID_3A9D&PID_9001\\&MI_7&SN";
+    m.AddDevice({.InstanceId = serial, .Class = L"USB"});
+    CHECK(UnInstall(true));
+    const Lines removing = Removing(m);
+    REQUIRE(removing.size() == 4);
+    const auto place = [&removing](const std::wstring& id) {
+        const std::string line = "UnInstall: Removing device " + Utf8(Upper(id));
+        return std::find(removing.begin(), removing.end(), line) - removing.begin();
+    };
+    CHECK(place(PortFunction) < 2);
+    CHECK(place(NetFunction) < 2);
+    CHECK(place(serial) >= 2);
+    CHECK(place(serial) < 4);
 }
 
 TEST_CASE("A removal goes through the class installer, from all hardware profiles") {
@@ -254,7 +288,7 @@ TEST_CASE("A removal that the class installer refuses is told and does not stop 
     CHECK_FALSE(m.HasDevice(Parent));
 }
 
-TEST_CASE("The device set is the uninstall's only road to the devices") {
+TEST_CASE("The device set is the uninstall's only way to the devices") {
     Machine m;
     SetUp(m);
     m.FailCall("SetupDiGetClassDevsW", 1, ERROR_ACCESS_DENIED);
@@ -307,6 +341,18 @@ TEST_CASE("A driver whose size cannot be asked fails the uninstall") {
     m.FailCall("SetupDiGetDriverInfoDetailW", 1, ERROR_GEN_FAILURE);
     CHECK_FALSE(UnInstall(true));
     CHECK(m.Log().back() == "UnInstall: Get driver detail fail,error code 0x0000001F");
+}
+
+TEST_CASE("A driver whose size is told by a success fails the uninstall") {
+    Machine m;
+    SetUp(m);
+    m.Windows().DriverDetail = Variants::SizeQuery::Succeeds;
+    m.Windows().AfterSuccess = Variants::LastError::Zero;
+    CHECK_FALSE(UnInstall(true));
+    CHECK(m.Log().back() == "UnInstall: Get driver detail fail,error code 0x00000000");
+    CHECK(Removing(m) == Lines{});
+    CHECK(m.CallsOf("SetupUninstallOEMInfW") == Lines{});
+    CHECK(m.LeakSummary() == "");
 }
 
 TEST_CASE("A driver whose detail cannot be read fails the uninstall") {

@@ -1,13 +1,12 @@
 #include "support/program_state.h"
 
 #include "common/run_state.h"
-#include "machine/machine.h"
 #include "ui/progress_state.h"
 
 void ResetProgramState() {
     SetupMode = 1;
     InstallModeValue = 2;
-    MainThreadId = machine::MainThread;
+    MainThreadId = 0;
     MatchedDeviceBaseId.clear();
     ReinstallMarkedDevices.clear();
     LanguageName.clear();

@@ -181,6 +181,14 @@ TEST_CASE("A machine without driver services needs no second look") {
     CHECK(m.CallsOf("EnumServicesStatusW").size() == 1);
 }
 
+TEST_CASE("The listing begins at the first service, wherever the question for its size stopped") {
+    Machine m;
+    AddServices(m, 3, {1});
+    m.SizeQueryMovesOn();
+    CHECK(AdjustSerialServices() == 0);
+    CHECK(m.ServiceAt(NameOf(1)).DisplayName == Numbered(1));
+}
+
 TEST_CASE("A list that grows between the two looks leaves all services alone") {
     Machine m;
     AddServices(m, 2, {0});

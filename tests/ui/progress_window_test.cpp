@@ -6,6 +6,8 @@
 #include "ui/progress_state.h"
 #include "ui/resource.h"
 
+#include <set>
+
 using namespace machine;
 
 namespace {
@@ -177,6 +179,23 @@ TEST_CASE("A text that comes between the stored handle and the first text is not
     m.AfterCall("SendMessageW", 2, [] { ProgressText = {L"Newest"}; });
     m.LetTimePass(1ms);
     CHECK(Shown(m) == L"Newest");
+}
+
+TEST_CASE("Whichever thread is faster, the window ends with the newest text") {
+    std::set<std::vector<std::pair<int, std::wstring>>> histories;
+    for (unsigned seed = 1; seed <= 200; ++seed) {
+        CAPTURE(seed);
+        Machine m;
+        SetUp(m, L"EN");
+        m.ShuffleThreads(seed);
+        CHECK(ShowProgressUI());
+        ShowLangText(L"STR_INSTALL");
+        m.LetThreadsFinish();
+        CHECK(Shown(m) == L"Installing");
+        histories.insert(m.WindowOf(m.LastDialog()).Texts);
+    }
+    // The text came before the window, with its first one, and after it.
+    CHECK(histories.size() >= 3);
 }
 
 TEST_CASE("A text that Lang.ini lacks gives an empty line") {

@@ -83,6 +83,28 @@ TEST_CASE("The INF is looked for in the Windows folder of the machine") {
     CHECK(m.Log() == Lines{"CompositeDeviceSetup: Build driver list fail,error code 0x00000002"});
 }
 
+TEST_CASE("What the device's install parameters hold already is kept but for the INF's path") {
+    Machine m;
+    Describe(m);
+    m.At(Modem).FlagsEx = DI_FLAGSEX_NO_DRVREG_MODIFY;
+    m.At(Modem).DriverPath = L"C:\\Windows\\INF\\A folder of drivers that somebody chose before";
+    CHECK(Install());
+    CHECK(m.CallsOf("SetupDiSetDeviceInstallParamsW") ==
+          Lines{"SetupDiSetDeviceInstallParamsW(" + ModemInSet +
+                ", 0x10000, 0x8800, C:\\Windows\\INF\\USB.INF)"});
+    CHECK(m.Logged("CompositeDeviceSetup: Composite device USB\\COMPOSITE was successfully "
+                   "installed"));
+}
+
+TEST_CASE("A size that is told by a success is taken for the composite driver") {
+    Machine m;
+    Describe(m);
+    m.Windows().DriverDetail = Variants::SizeQuery::Succeeds;
+    CHECK(Install());
+    CHECK(m.Log() == Lines{"CompositeDeviceSetup: Composite device USB\\COMPOSITE was successfully "
+                           "installed"});
+}
+
 TEST_CASE("Each step of the composite driver's installation has its line and ends it") {
     struct Row {
         const char* Function;

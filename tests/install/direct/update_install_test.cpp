@@ -71,7 +71,7 @@ Lines Joined(Lines lines, const Lines& more) {
 
 // A modem that first shows up as a CD-ROM. The order takes it away; its three functions and a plain
 // device come one after the other.
-void DescribeWholeRoad(Machine& m) {
+void DescribeWholeWay(Machine& m) {
     InstallModeValue = 1;
     m.WriteIni(L"[SHIFTDEVICE]\r\nNEEDSHIFTDEVICE=1\r\nSCSIDEVICE=USBSTOR\\CdRomMaker\r\n"
                L"SCSICMD=1b,0,0,0,2,0\r\n[ENUM]\r\nSCSIRSPTIMEOUT=2\r\nMAXCYCLE=10\r\n"
@@ -118,7 +118,7 @@ Lines Offer(const std::string& device, const std::string& inf, const std::string
                                  : Lines{"LOG " + NotSuitable(device, inf)});
 }
 
-// The switch of DescribeWholeRoad's CD-ROM and the refresh after it.
+// The switch of DescribeWholeWay's CD-ROM and the refresh after it.
 Lines SwitchAndRefresh() {
     return {
         "LOG ShiftDevice: Shifting device...",
@@ -146,10 +146,10 @@ Lines SwitchAndRefresh() {
 
 } // namespace
 
-TEST_CASE("The whole road, from the CD-ROM to three functions and a plain device") {
+TEST_CASE("The whole way, from the CD-ROM to three functions and a plain device") {
     Machine m;
     m.AddDevice(Device{.InstanceId = L"ROOT\\SYSTEM\\0000"});
-    DescribeWholeRoad(m);
+    DescribeWholeWay(m);
     CHECK(UpdateInstall());
 
     const std::string dev3 = "USB\\VID_3A9D&PID_9001&MI_03";
@@ -302,6 +302,29 @@ TEST_CASE("An INF that is not found and a device that does not match have lines 
                       "UpdateInstall: Device " + Dev0 +
                           " install failed! error code is : " + row.Code}));
     }
+}
+
+TEST_CASE("A log library that leaves an error of its own decides what follows an INF not found") {
+    Machine m;
+    Describe(m);
+    m.LoggingLeavesError(ERROR_NO_SUCH_DEVINST);
+    m.AnswerInstall({.Id = Id2, .Error = ERROR_FILE_NOT_FOUND});
+    CHECK_FALSE(UpdateInstall());
+    const Lines log = m.Log();
+    REQUIRE(log.size() > 3);
+    CHECK(log[log.size() - 3] ==
+          "UpdateInstall: installed with inf " + PortsInf + " is not found.");
+    CHECK(log[log.size() - 2] == "UpdateInstall: device " + Dev2 + " does not match .");
+    CHECK(log[log.size() - 1] ==
+          "UpdateInstall: Device " + Dev2 + " install failed! error code is : 0xE000020B");
+}
+
+TEST_CASE("A log library that leaves an error of its own does not change what Windows answered") {
+    Machine m;
+    Describe(m);
+    m.LoggingLeavesError(ERROR_GEN_FAILURE);
+    CHECK(UpdateInstall());
+    CHECK(m.Log().back() == Installed(Dev0, ModemInf));
 }
 
 TEST_CASE("A driver that is already as good ends the operation when the INF is the last one") {

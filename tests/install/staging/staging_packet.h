@@ -1,4 +1,4 @@
-// What the tests of the staging road have in common.
+// What the tests of the staging have in common.
 #pragma once
 
 #include "machine/machine.h"
@@ -15,8 +15,9 @@ inline constexpr DWORD WatchdogThread = MainThread + 4;
 inline constexpr DWORD WorkItemThread = MainThread + 8;
 
 // D:\Packet\WIN7 with the INF files 1.inf, 2.inf ..., each for another device; `ini` is the whole
-// Setup.ini.
+// Setup.ini. The program knows its main thread, as after its start.
 inline void AddPacket(Machine& m, int infs, std::wstring_view ini) {
+    MainThreadId = MainThread;
     m.WriteIni(ini);
     for (int number = 1; number <= infs; ++number) {
         const std::wstring digit = std::to_wstring(number);

@@ -18,6 +18,11 @@ SetMember MakeMember(Node* owner) {
     SetMember member;
     member.Owner = owner;
     member.Install.cbSize = sizeof(member.Install);
+    if (owner != nullptr) {
+        const Device& device = owner->Description;
+        member.Install.FlagsEx = device.FlagsEx;
+        device.DriverPath.copy(member.Install.DriverPath, MAX_PATH - 1);
+    }
     return member;
 }
 

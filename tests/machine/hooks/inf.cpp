@@ -18,6 +18,11 @@ bool IsOfOpenInf(State& state, const INFCONTEXT* line) {
     return false;
 }
 
+// What the parser answered, with the last error that goes with it.
+BOOL Answer(Call& call, BOOL answer) {
+    return answer != FALSE ? call.Succeed(answer) : call.Real(answer);
+}
+
 // A text without any section is no INF. Wine takes it for one with a mistake in its first line.
 void CorrectRefusal(State& state, LPCWSTR path, UINT* errorLine) {
     const DWORD error = GetLastError();
@@ -47,7 +52,7 @@ BOOL WINAPI HookSetupGetInfInformationW(LPCVOID path, DWORD control, PSP_INF_INF
     if (told == FALSE) {
         CorrectRefusal(call.Inside(), name, nullptr);
     }
-    return call.Real(told);
+    return Answer(call, told);
 }
 
 HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUINT errorLine) {
@@ -62,8 +67,8 @@ HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUI
     if (inf == INVALID_HANDLE_VALUE) {
         CorrectRefusal(call.Inside(), path, errorLine);
     }
-    call.Real(inf);
-    return inf == INVALID_HANDLE_VALUE ? inf : call.Inside().Handles.Open(Kind::Inf, inf);
+    return inf == INVALID_HANDLE_VALUE ? call.Real(inf)
+                                       : call.Succeed(call.Inside().Handles.Open(Kind::Inf, inf));
 }
 
 VOID WINAPI HookSetupCloseInfFile(HINF inf) {
@@ -90,7 +95,7 @@ BOOL WINAPI HookSetupFindFirstLineW(HINF inf, PCWSTR section, PCWSTR key, PINFCO
         Misuse(call.Inside(), "SetupFindFirstLineW on " + call.Inside().Handles.Name(inf));
         return call.Fail(FALSE, ERROR_INVALID_HANDLE);
     }
-    return call.Real(SetupFindFirstLineW(open->Real, section, key, line));
+    return Answer(call, SetupFindFirstLineW(open->Real, section, key, line));
 }
 
 BOOL WINAPI HookSetupFindNextLine(PINFCONTEXT line, PINFCONTEXT next) {
@@ -98,7 +103,7 @@ BOOL WINAPI HookSetupFindNextLine(PINFCONTEXT line, PINFCONTEXT next) {
     if (call.Fails() || !IsOfOpenInf(call.Inside(), line)) {
         return FALSE;
     }
-    return call.Real(SetupFindNextLine(line, next));
+    return Answer(call, SetupFindNextLine(line, next));
 }
 
 BOOL WINAPI HookSetupGetLineTextW(PINFCONTEXT line, HINF inf, PCWSTR section, PCWSTR key,
@@ -109,8 +114,8 @@ BOOL WINAPI HookSetupGetLineTextW(PINFCONTEXT line, HINF inf, PCWSTR section, PC
         return FALSE;
     }
     const OpenHandle* open = call.Inside().Handles.Find(inf, Kind::Inf);
-    return call.Real(SetupGetLineTextW(line, open == nullptr ? nullptr : open->Real, section, key,
-                                       buffer, size, needed));
+    return Answer(call, SetupGetLineTextW(line, open == nullptr ? nullptr : open->Real, section,
+                                          key, buffer, size, needed));
 }
 
 DWORD WINAPI HookSetupGetFieldCount(PINFCONTEXT line) {
@@ -128,7 +133,7 @@ BOOL WINAPI HookSetupGetStringFieldW(PINFCONTEXT line, DWORD index, PWSTR buffer
     if (call.Fails() || !IsOfOpenInf(call.Inside(), line)) {
         return FALSE;
     }
-    return call.Real(SetupGetStringFieldW(line, index, buffer, size, needed));
+    return Answer(call, SetupGetStringFieldW(line, index, buffer, size, needed));
 }
 
 } // namespace

@@ -15,7 +15,7 @@ using machine::Counting;
 constexpr std::size_t LongestLine = 16 * 1024;
 
 void HookWriteLog(const wchar_t* format, ...) {
-    const DWORD lastError = GetLastError();
+    DWORD lastError = GetLastError();
     machine::State* state = machine::Inside();
     if (state != nullptr) {
         const machine::UnguardedScope unguarded;
@@ -28,6 +28,7 @@ void HookWriteLog(const wchar_t* format, ...) {
         RecordLogText(format);
         const std::size_t size = length < 0 ? line.size() : static_cast<std::size_t>(length);
         state->Record.Entries.push_back({"LOG " + machine::Utf8({line.data(), size}), "", true});
+        lastError = state->ErrorAfterLogging.value_or(lastError);
     }
     SetLastError(lastError);
 }

@@ -127,7 +127,8 @@ BOOL WINAPI HookEnumServicesStatusW(SC_HANDLE manager, DWORD type, DWORD state,
     }
     Fill(fitting, services);
     *count = static_cast<DWORD>(fitting.size());
-    *resume = fitting.empty() ? 0 : next;
+    const DWORD behindAll = call.Inside().DriverServices.SizeQueryMovesOn ? place + 1 : 0;
+    *resume = fitting.empty() ? behindAll : next;
     return next == 0 ? call.Succeed(TRUE) : call.Fail(FALSE, ERROR_MORE_DATA);
 }
 

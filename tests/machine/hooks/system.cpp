@@ -8,9 +8,6 @@ namespace {
 
 using namespace machine;
 
-// 2026-01-05 08:00 UTC, when every machine is switched on.
-constexpr std::uint64_t StartTime = 134'120'448'000'000'000ULL;
-
 void WINAPI HookSleep(DWORD milliseconds) {
     Call call("Sleep", Counting::Never, {milliseconds});
     if (!call.Fails()) {
@@ -20,10 +17,13 @@ void WINAPI HookSleep(DWORD milliseconds) {
 
 void WINAPI HookGetSystemTimeAsFileTime(LPFILETIME time) {
     Call call("GetSystemTimeAsFileTime", Counting::Never, {}, Telling::Aside);
-    const std::uint64_t passed =
-        call.Fails() ? 0 : static_cast<std::uint64_t>(call.Inside().Threads.Clock()) * 10'000U;
-    time->dwLowDateTime = static_cast<DWORD>(StartTime + passed);
-    time->dwHighDateTime = static_cast<DWORD>((StartTime + passed) >> 32U);
+    std::uint64_t now = 0;
+    if (!call.Fails()) {
+        const State& state = call.Inside();
+        now = state.StartTime + static_cast<std::uint64_t>(state.Threads.Clock()) * 10'000U;
+    }
+    time->dwLowDateTime = static_cast<DWORD>(now);
+    time->dwHighDateTime = static_cast<DWORD>(now >> 32U);
 }
 
 DWORD WINAPI HookGetTickCount() {

@@ -141,6 +141,13 @@ HANDLE WINAPI HookCreateThread(LPSECURITY_ATTRIBUTES, SIZE_T stack, LPTHREAD_STA
     if (call.Fails()) {
         return nullptr;
     }
+    constexpr DWORD Known = CREATE_SUSPENDED | STACK_SIZE_PARAM_IS_A_RESERVATION;
+    if ((flags & ~Known) != 0) {
+        return call.Fail(HANDLE{nullptr}, ERROR_INVALID_PARAMETER);
+    }
+    if ((flags & CREATE_SUSPENDED) != 0) {
+        Misuse(call.Inside(), "a suspended thread, which the machine lacks");
+    }
     std::shared_ptr<Thread> thread = call.Inside().Threads.Start(entry, parameter);
     if (thread == nullptr) {
         return call.Fail(HANDLE{nullptr}, ERROR_NOT_ENOUGH_MEMORY);

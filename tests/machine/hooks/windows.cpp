@@ -79,6 +79,8 @@ BOOL WINAPI HookSetDlgItemTextW(HWND dialog, int control, LPCWSTR text) {
         return call.Fail(FALSE, ERROR_INVALID_WINDOW_HANDLE);
     }
     window->Texts.emplace_back(control, text == nullptr ? L"" : text);
+    // The window's own thread takes the text: another one may go on before this one does.
+    call.Inside().Threads.Step();
     return TRUE;
 }
 

@@ -8,6 +8,7 @@ import sys
 import tempfile
 import threading
 import time
+import zlib
 from collections.abc import Callable, Sequence
 
 from . import layout
@@ -41,7 +42,15 @@ def bound_by_permissions(prefix: pathlib.Path) -> None:
 def command(prefix: pathlib.Path, program: str, *arguments: str) -> list[str]:
     """The host command that starts a program of a machine."""
     bound = os.geteuid() == 0 and (prefix.parent / "bound").exists()
-    return [*(["setpriv", "--bounding-set=-dac_override"] if bound else []), program, *arguments]
+    return ["taskset", "--cpu-list", str(_core(prefix)),
+            *(["setpriv", "--bounding-set=-dac_override"] if bound else []), program, *arguments]
+
+
+def _core(prefix: pathlib.Path) -> int:
+    """The core of a machine. Its processes talk to its server all the time and wait for the answer:
+    on one core that takes a third less time of the processor than across several."""
+    cores = sorted(os.sched_getaffinity(0))
+    return cores[zlib.crc32(prefix.parent.name.encode()) % len(cores)]
 
 
 def server(prefix: pathlib.Path, argument: str, timeout: float = 30) -> None:

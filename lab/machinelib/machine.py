@@ -291,7 +291,7 @@ class Machine:
         """The .reg text of a key of a running machine, volatile keys included."""
         target = self.prefix / "drive_c" / "export.reg"
         target.unlink(missing_ok=True)
-        self.tool("reg", "export", key, "C:\\export.reg", "/y")
+        self.tool("C:\\windows\\system32\\reg.exe", "export", key, "C:\\export.reg", "/y")
         text = target.read_text("utf-16") if target.exists() else ""
         if "[" not in text:
             raise layout.LabError(f"{self.name}: the export of {key} is empty: {text!r}")

@@ -1,6 +1,7 @@
 """The template of all machines, and cloning it in well under a second."""
 
 import fcntl
+import functools
 import json
 import os
 import pathlib
@@ -77,18 +78,23 @@ def _is_good(mark: pathlib.Path, version: str) -> bool:
     return kept["version"] == version and kept["files"] == _manifest()
 
 
+@functools.cache
+def _version() -> str:
+    """What goes into a template, and the Wine that it is made with."""
+    wine = subprocess.run([layout.WINE, "--version"], capture_output=True, text=True,
+                          env=host.environment(layout.TEMPLATE), check=False).stdout.strip()
+    return f"{_MARK}, {wine}"
+
+
 def ensure() -> pathlib.Path:
     """Makes the template unless it is there. Runs side by side wait for each other here."""
     layout.WORK.mkdir(parents=True, exist_ok=True)
     mark = layout.WORK / "template.json"
     with open(layout.WORK / "template.lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
-        version = subprocess.run([layout.WINE, "--version"], capture_output=True, text=True,
-                                 env=host.environment(layout.TEMPLATE), check=False).stdout.strip()
-        wanted = f"{_MARK}, {version}"
-        if not _is_good(mark, wanted):
+        if not _is_good(mark, _version()):
             _make(layout.TEMPLATE)
-            mark.write_text(json.dumps({"version": wanted, "files": _manifest()}))
+            mark.write_text(json.dumps({"version": _version(), "files": _manifest()}))
     return layout.TEMPLATE
 
 

@@ -12,8 +12,10 @@ from machinelib.machine import Machine
 from machinelib.setup_folder import Changes
 
 NO_SWITCH = {"SHIFTDEVICE": {"NEEDSHIFTDEVICE": 0}}
-# For tests that do not ask about real time.
+# For tests that do not ask about real time: where devices come and go while the program waits, and
+# where everything is there from the start.
 PACE = 5
+HURRY = 20
 QUICK = {"ENUM": {"SCSIRSPTIMEOUT": 0}, "UI": {"NEEDUI": 0}}
 
 

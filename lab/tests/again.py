@@ -17,7 +17,7 @@ KEPT = re.compile(r"\\Services\\omp|\\Control\\Class\\\{[^\\]*\}(\\Properties)?\
 def test_reinstall():
     """A second installation removes the first one's devices, INF copies and files, and then
     installs the modem again, once."""
-    with _scenario.plugged("plugged", SETTINGS, pace=_scenario.PACE) as on:
+    with _scenario.plugged("plugged", SETTINGS, pace=_scenario.HURRY) as on:
         _scenario.run(on, "-i", 1)
         _sample.all_installed(on, plain=True)
         first = _sample.new_files(on)
@@ -34,7 +34,7 @@ def test_reinstall():
 
 def test_uninstall():
     """An uninstall brings the machine back to what it was, but for what Windows keeps as well."""
-    with _scenario.plugged("plugged", SETTINGS) as on:
+    with _scenario.plugged("plugged", SETTINGS, pace=_scenario.HURRY) as on:
         # The modem has been plugged before: its nodes, with the driver that Windows has for it.
         before = on.snapshot().registry
         modem.wait_settled(on)
@@ -58,7 +58,7 @@ def test_uninstall():
 
 def test_uninstall_of_nothing():
     """An uninstall on a machine where nothing was installed succeeds and changes no file."""
-    with _scenario.plugged("demo", _scenario.QUICK, pace=_scenario.PACE) as on:
+    with _scenario.plugged("demo", _scenario.QUICK, pace=_scenario.HURRY) as on:
         _scenario.run(on, "-u", 1)
         _sample.nothing_installed(on)
         _check.equal("new files", _sample.new_files(on), [])

@@ -62,7 +62,7 @@ def test_undriven_functions_are_noticed():
     """An installation that ends with success and leaves a plugged function without a driver is told
     apart by its exit status, and the function is named."""
     settings = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
-    with _scenario.plugged("plugged", settings, pace=_scenario.PACE) as on, elsewhere() as folder:
+    with _scenario.plugged("plugged", settings, pace=_scenario.HURRY) as on, elsewhere() as folder:
         (on.program / "WIN7" / "ompnet.inf").unlink()
         printed = lab(folder, f"lab/machine run {on.name} -i", 3)
         assert "exit code 1 (success)" in printed, printed
@@ -86,7 +86,7 @@ def test_failed_try_keeps_its_findings():
 
 def test_whole_exit_status():
     """A process that ends itself is shown with its whole exit status."""
-    with Machine() as on:
+    with Machine(pace=_scenario.HURRY) as on:
         setup_folder.furnish(on)
         setup_folder.settings(on, _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK))
         inf = on.program / "WIN7" / "ompmodem.inf"

@@ -42,7 +42,8 @@ def test_scsi_switch():
 
 def test_vendor_switch():
     """A stick that obeys the vendor control code is switched by it and installed likewise."""
-    with _scenario.plugged("vendor", {"SHIFTDEVICE": {"SHIFTMODE": 1}}) as on:
+    with _scenario.plugged("vendor", {"SHIFTDEVICE": {"SHIFTMODE": 1}},
+                           pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 1)
         _check.in_order(
             lines, "ShiftDevice: Shift mode is 1",
@@ -56,7 +57,7 @@ def test_vendor_switch():
 
 def generation(name: str, folder: str) -> None:
     settings = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
-    with _scenario.plugged("plugged", settings, name, pace=_scenario.PACE) as on:
+    with _scenario.plugged("plugged", settings, name, pace=_scenario.HURRY) as on:
         lines = _scenario.run(on, "-i", 1)
         word = "" if name == "UNKNOWN" else name
         _check.in_order(lines, f"GetDriverDir: Get system {word}\tbit 64",

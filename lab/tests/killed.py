@@ -7,7 +7,7 @@ import _check
 import _sample
 import _scenario
 
-POINTS = _scenario.amount(9, 40)
+POINTS = _scenario.amount(5, 40)
 SIDE_BY_SIDE = 3
 KILLED = 99
 
@@ -15,7 +15,7 @@ SETTINGS = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
 
 
 def calls_of_a_whole_run() -> int:
-    with _scenario.plugged("plugged", SETTINGS, pace=_scenario.PACE) as on:
+    with _scenario.plugged("plugged", SETTINGS, pace=_scenario.HURRY) as on:
         _scenario.run(on, "-i", 1)
         return max(int(number) for number in re.findall(r"^call (\d+) ", on.gap_journal(), re.M))
 
@@ -34,7 +34,7 @@ def killed_at(call: int, pace: int) -> None:
 
 
 def test_killed():
-    """Killed at any of nine points, an uninstall leaves nothing of the first installation, and the
+    """Killed at any of five points, an uninstall leaves nothing of the first installation, and the
     next installation succeeds."""
     last = calls_of_a_whole_run()
     points = sorted({1 + i * (last - 1) // (POINTS - 1) for i in range(POINTS)})
@@ -42,4 +42,4 @@ def test_killed():
     with concurrent.futures.ThreadPoolExecutor(SIDE_BY_SIDE) as pool:
         # The one in the middle takes the time that a user's machine takes.
         list(pool.map(lambda call: killed_at(call, 1 if call == points[POINTS // 2]
-                                             else _scenario.PACE), points))
+                                             else _scenario.HURRY), points))

@@ -26,7 +26,7 @@ def test_function_never_arrives():
 def test_match_mode():
     """With MATCHMODE the same modem is installed with the functions that are there."""
     settings = _scenario.changed(FEW_CYCLES, {"USERSETTING": {"MATCHMODE": 2}})
-    with _scenario.plugged("function-missing", settings) as on:
+    with _scenario.plugged("function-missing", settings, pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 1)
         _check.in_order(lines, "AutoDeviceMatch: User set match mode to 2",
                         "AutoDeviceMatch: Auto device match finish,total 2 devices matched")
@@ -38,7 +38,8 @@ def test_match_mode():
 
 def test_pulled():
     """A modem that is pulled while the matching waits for it ends the run with a rollback."""
-    with _scenario.plugged("pulled-in-mid-match", {"ENUM": {"MAXCYCLE": 9}}) as on:
+    with _scenario.plugged("pulled-in-mid-match", {"ENUM": {"MAXCYCLE": 9}},
+                           pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "AutoDeviceMatch: 2 devices matched in match cycle 1,total 3 device",
                         "AutoDeviceMatch: No device matched in 5 seconds", ROLLBACK, FAILED)
@@ -47,7 +48,8 @@ def test_pulled():
 
 def test_function_lost():
     """A function that goes while the matching waits for another one is reported as missing."""
-    with _scenario.plugged("lost-in-mid-match", {"ENUM": {"MAXCYCLE": 9}}) as on:
+    with _scenario.plugged("lost-in-mid-match", {"ENUM": {"MAXCYCLE": 9}},
+                           pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "AutoDeviceMatch: 2 devices matched in match cycle 1,total 3 device",
                         "AutoDeviceMatch: Device missing,check device state", ROLLBACK, FAILED)
@@ -56,7 +58,7 @@ def test_function_lost():
 
 def test_refuses_to_open():
     """A CD-ROM that cannot be opened ends the run before anything is installed."""
-    with _scenario.plugged("refuses-to-open") as on:
+    with _scenario.plugged("refuses-to-open", pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 0)
         opening = [line for line in lines if line.startswith("ShiftDevice: Open SCSI device ")]
         _check.equal("lines about opening", len(opening), 1, lines)
@@ -68,7 +70,7 @@ def test_refuses_to_open():
 
 def test_never_switches():
     """A medium that takes the order and stays what it is leaves nothing to match."""
-    with _scenario.plugged("never-switches") as on:
+    with _scenario.plugged("never-switches", pace=_scenario.PACE) as on:
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "RefreshDeviceSet: Device is ready for auto match",
                         "AutoDeviceMatch: No device matched in 5 seconds", ROLLBACK, FAILED)
@@ -78,7 +80,7 @@ def test_never_switches():
 
 def test_two_sticks():
     """Of two equal sticks the first is switched; the other one stays a CD-ROM and is left alone."""
-    with _scenario.plugged("two-sticks") as on:
+    with _scenario.plugged("two-sticks", pace=_scenario.PACE) as on:
         _scenario.run(on, "-i", 1)
         _sample.all_installed(on)
         cd_roms = [node for node in on.nodes() if node.present and "CDROM" in node.instance_id]

@@ -12,7 +12,7 @@ def test_read_only_folder():
     """From a folder that cannot be written to, everything works as always, and the log is in the
     user's temp folder."""
     settings = _scenario.changed(_scenario.NO_SWITCH, _scenario.QUICK)
-    with _scenario.plugged("plugged", settings, pace=_scenario.PACE) as on:
+    with _scenario.plugged("plugged", settings, pace=_scenario.HURRY) as on:
         on.off()
         host.bound_by_permissions(on.prefix)
         folders = [on.program, *(path for path in on.program.rglob("*") if path.is_dir())]

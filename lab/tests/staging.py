@@ -28,7 +28,7 @@ def test_staged_then_plugged():
 def test_failing_copy_falls_back():
     """With MODE 2 a copy that fails leads to the direct installation; the run still reports that
     the staging failed, and rolls back."""
-    with _scenario.plugged("plugged", staged(2), pace=_scenario.PACE) as on:
+    with _scenario.plugged("plugged", staged(2), pace=_scenario.HURRY) as on:
         on.variables["GAPFILL_COPY"] = "fail:1:5"
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "AutoDeviceMatch: Auto device match finish,total 3 devices matched",
@@ -39,7 +39,7 @@ def test_failing_copy_falls_back():
 
 def test_working_copies_need_no_fallback():
     """With MODE 2 and working copies nothing is installed directly."""
-    with _scenario.plugged("plugged", staged(2), pace=_scenario.PACE) as on:
+    with _scenario.plugged("plugged", staged(2), pace=_scenario.HURRY) as on:
         lines = _scenario.run(on, "-i", 1)
         _check.none_begins(lines, "AutoDeviceMatch", "UpdateInstall")
 
@@ -48,7 +48,7 @@ def test_hung_copy_falls_back():
     """A copy that never ends is given up after its time limit; MODE 2 then installs directly, and
     the run ends although one of its threads still hangs."""
     settings = _scenario.changed(staged(2), {"INSTALL": {"COPYOEMTIMEOUT": 2}})
-    with _scenario.plugged("plugged", settings) as on:
+    with _scenario.plugged("plugged", settings, pace=_scenario.PACE) as on:
         on.variables["GAPFILL_COPY"] = "hang:2"
         lines = _scenario.run(on, "-i", 0)
         timed_out = [line for line in lines

@@ -18,6 +18,10 @@ function(setup_compile_options target)
             -Wformat=2 -Werror -ffunction-sections -fdata-sections
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast>)
     endif()
+    if(NOT MSVC AND NOT SETUP_COVERAGE)
+        # No path of the building machine gets into a file, so that any folder builds the same.
+        target_compile_options(${target} PRIVATE -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+    endif()
     if(SETUP_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,18 +1,19 @@
 #!/usr/bin/env python3
-"""Sets flags in the headers of Windows files that the linker has no switch for.
+"""Finishes the headers of Windows files, where linker and strip have no switch for it.
 
 usage: image_flags.py <file.exe or .dll>...
 
 Run from swap: Windows reads the whole file into memory when it lies on a removable medium or on the
 network. A modem's CD-ROM vanishes while the program that lies on it switches the modem.
 Terminal-server aware: Windows does not redirect the program's Windows folder to a private one.
+No time of building: the same sources give the same file.
 """
 import pathlib
 import struct
 import sys
 
 # Offsets in the headers, counted from the signature "PE\\0\\0".
-CHARACTERISTICS, CHECKSUM, DLL_CHARACTERISTICS = 22, 88, 94
+TIME, CHARACTERISTICS, CHECKSUM, DLL_CHARACTERISTICS = 8, 22, 88, 94
 REMOVABLE_RUN_FROM_SWAP, NET_RUN_FROM_SWAP, TERMINAL_SERVER_AWARE = 0x0400, 0x0800, 0x8000
 
 
@@ -37,6 +38,7 @@ def set_flags(path: pathlib.Path) -> None:
         raise SystemExit(f"image_flags: {path} is no Windows file")
     set_bits(image, header + CHARACTERISTICS, REMOVABLE_RUN_FROM_SWAP | NET_RUN_FROM_SWAP)
     set_bits(image, header + DLL_CHARACTERISTICS, TERMINAL_SERVER_AWARE)
+    struct.pack_into("<I", image, header + TIME, 0)
     struct.pack_into("<I", image, header + CHECKSUM, 0)
     struct.pack_into("<I", image, header + CHECKSUM, checksum_of(bytes(image)))
     path.write_bytes(image)

@@ -7,6 +7,7 @@ needed_packages=(
     clang clang-tidy clang-format
     libcli11-dev nlohmann-json3-dev
     wine64 xvfb imagemagick fonts-dejavu-core chromium
+    osslsigncode openssl python3-markdown-it
 )
 
 as_root() {

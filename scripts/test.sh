@@ -24,6 +24,8 @@ mkdir -p build/all
     }
     add lint 900 "$PWD/scripts/lint.sh"
     add docs.log 60 python3 "$PWD/docs/check_log_page.py"
+    add release 120 /usr/bin/python3 -B "$PWD/release/tests/release_test.py"
+    add release.same_anywhere 600 "$PWD/release/tests/same_anywhere.sh"
     while read -r name; do
         add "lab.$name" 900 "$PWD/lab/tests/run" "$name"
     done < <(lab/tests/run --list)

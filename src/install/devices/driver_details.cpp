@@ -13,7 +13,8 @@ SizedRead ReadDriverDetail(HDEVINFO set, SP_DEVINFO_DATA& device, SP_DRVINFO_DAT
     const SizedRead read = ReadSized(block, sizeof(SP_DRVINFO_DETAIL_DATA_W), query, accepted);
     if (read == SizedRead::Done) {
         const auto* const data = block.As<SP_DRVINFO_DETAIL_DATA_W>();
-        detail = {data->InfFileName, data->HardwareID};
+        detail.InfFileName = data->InfFileName;
+        detail.HardwareId = data->HardwareID;
     }
     return read;
 }

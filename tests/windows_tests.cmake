@@ -61,7 +61,7 @@ target_precompile_headers(setup_test_objects PRIVATE <doctest/doctest.h> machine
 # This one makes doctest's own code out of its header.
 set_source_files_properties(support/doctest_main.cpp PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
 set_source_files_properties(docs/page.cpp PROPERTIES
-    COMPILE_DEFINITIONS PAGE_PATH="${CMAKE_SOURCE_DIR}/docs/setup-ini.md")
+    COMPILE_DEFINITIONS PAGES_FOLDER="${CMAKE_SOURCE_DIR}/docs")
 # The lists of functions whose calls were led to the machine.
 set_source_files_properties(conformance/machine_test.cpp PROPERTIES COMPILE_DEFINITIONS
     "CORE_IMPORTS=\"${CMAKE_CURRENT_BINARY_DIR}/libsetup_core_under_test.a.map\"")

@@ -1,4 +1,4 @@
-// The Setup.ini reference tells the truth: its examples are run as they stand in the page.
+// The pages tell the truth: their examples of Setup.ini are run as they stand there.
 #include "docs/page.h"
 #include "docs/scenarios.h"
 #include "support/doctest_support.h"
@@ -14,11 +14,20 @@ const scenarios::Scenario* ScenarioOf(const std::string& name) {
     return found == all.end() ? nullptr : &*found;
 }
 
+std::string AllPages() {
+    std::string text;
+    for (const char* name : {"setup-ini.md", "deployment.md"}) {
+        const std::string page = page::Read(name);
+        REQUIRE_MESSAGE(!page.empty(), name << " cannot be read");
+        text += page;
+    }
+    return text;
+}
+
 } // namespace
 
-TEST_CASE("Every ini block of the Setup.ini reference is an example with a scenario of its own") {
-    const std::string text = page::Read();
-    REQUIRE_MESSAGE(!text.empty(), "docs/setup-ini.md cannot be read");
+TEST_CASE("Every ini block of the pages is an example with a scenario of its own") {
+    const std::string text = AllPages();
     const std::vector<page::Example> examples = page::ExamplesIn(text);
     CHECK(examples.size() == page::CountIniBlocks(text));
     CHECK(examples.size() == scenarios::All().size());
@@ -33,8 +42,8 @@ TEST_CASE("Every ini block of the Setup.ini reference is an example with a scena
     }
 }
 
-TEST_CASE("The examples of the Setup.ini reference do what the page says") {
-    for (const page::Example& example : page::ExamplesIn(page::Read())) {
+TEST_CASE("The examples of Setup.ini do what the pages say") {
+    for (const page::Example& example : page::ExamplesIn(AllPages())) {
         CAPTURE(example.Name);
         const scenarios::Scenario* const scenario = ScenarioOf(example.Name);
         REQUIRE(scenario != nullptr);

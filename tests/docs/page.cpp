@@ -46,8 +46,8 @@ std::string ReadFile(const std::string& path) {
 
 } // namespace
 
-std::string Read() {
-    const std::string path = PAGE_PATH;
+std::string Read(const std::string& name) {
+    const std::string path = std::string(PAGES_FOLDER) + "/" + name;
     std::string text = ReadFile(path);
     if (text.empty()) {
         // Built on Linux, run under Wine, with another drive as the current one.

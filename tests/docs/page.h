@@ -1,4 +1,4 @@
-// The worked examples of docs/setup-ini.md, as they stand in the page.
+// The worked examples of our pages, as they stand there.
 #pragma once
 
 #include <string>
@@ -13,8 +13,8 @@ struct Example {
     std::vector<std::string> Expected;
 };
 
-// The page's text; empty when the page cannot be found.
-std::string Read();
+// The text of a page in docs/, such as "setup-ini.md"; empty when the page cannot be found.
+std::string Read(const std::string& name);
 
 // The examples of the page in its order. One that lacks a block has an empty one.
 std::vector<Example> ExamplesIn(const std::string& text);

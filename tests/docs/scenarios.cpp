@@ -173,6 +173,15 @@ void DeleteValues(Machine& m, Lines& facts) {
     }
 }
 
+// An installation, and the uninstallation after it.
+void MarkAndUnmark(Machine& m, Lines& facts) {
+    const std::wstring key = L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Example Modem";
+    RunScript<1, RunRegeditSection>(L"POST_REG_OPER");
+    TellValue(m, facts, key, L"Version");
+    RunScript<0, RunRegeditSection>(L"POST_REG_OPER");
+    TellValue(m, facts, key, L"Version");
+}
+
 void SetPort(Machine& m, Lines& facts) {
     RunScript<1, RunRegeditSection>(L"POST_REG_OPER");
     TellValue(m, facts, ModemKey, L"Port");
@@ -322,6 +331,7 @@ const std::vector<Scenario>& All() {
         {"registry-set", nullptr, SetValues},
         {"registry-delete", AddModemKeys, DeleteValues},
         {"registry-short-lines", nullptr, SetPort},
+        {"detection", nullptr, MarkAndUnmark},
         {"direct-install", AddPacketAndDevice, RunInstall},
         {"staging", AddPacket, RunInstall},
         {"staging-without-time-limit", AddPacket, RunInstall},

@@ -8,8 +8,8 @@
 namespace {
 
 struct Row {
-    const char* function;
-    void* replacement;
+    const char* Function;
+    void* Replacement;
 };
 
 template <typename Function>
@@ -18,12 +18,14 @@ void* Address(Function* function) {
 }
 
 // By name and whatever the library: which one a CM_* function comes from depends on the linker.
-const Row kRows[] = {
+const Row Rows[] = {
     {"CM_Locate_DevNodeW", Address(FilledLocateDevNode)},
     {"CM_Reenumerate_DevNode", Address(FilledReenumerateDevNode)},
     {"CMP_WaitNoPendingInstallEvents", Address(FilledWaitNoPendingInstallEvents)},
     {"SetupDiGetClassDevsW", Address(FilledGetClassDevs)},
     {"SetupDiDestroyDeviceInfoList", Address(FilledDestroyDeviceInfoList)},
+    {"SetupDiGetDeviceInstallParamsW", Address(FilledGetDeviceInstallParams)},
+    {"CopyFileW", Address(FilledCopyFile)},
     {"CreateFileW", Address(FilledCreateFile)},
     {"SetupDiSetClassInstallParamsW", Address(FilledSetClassInstallParams)},
     {"SetupDiCallClassInstaller", Address(FilledCallClassInstaller)},
@@ -43,9 +45,9 @@ const Row kRows[] = {
 };
 
 void* ReplacementOf(const char* function) {
-    for (const Row& row : kRows) {
-        if (std::strcmp(row.function, function) == 0) {
-            return row.replacement;
+    for (const Row& row : Rows) {
+        if (std::strcmp(row.Function, function) == 0) {
+            return row.Replacement;
         }
     }
     return nullptr;

@@ -6,7 +6,7 @@
 
 namespace {
 
-std::atomic<unsigned> calls = 0;
+std::atomic<unsigned> Calls = 0;
 
 std::wstring JournalPath() {
     wchar_t path[MAX_PATH];
@@ -45,7 +45,7 @@ void Append(const std::wstring& line) {
 
 void Enter(const char* function, const std::wstring& detail) {
     const LastErrorKeeper keeper;
-    const unsigned number = ++calls;
+    const unsigned number = ++Calls;
     Append(L"call " + std::to_wstring(number) + L" " +
            std::wstring(function, function + std::char_traits<char>::length(function)) +
            (detail.empty() ? L"" : L": " + detail));

@@ -14,14 +14,22 @@ HDEVINFO WINAPI FilledGetClassDevs(const GUID* classGuid, PCWSTR enumerator, HWN
                                    DWORD flags);
 BOOL WINAPI FilledDestroyDeviceInfoList(HDEVINFO set);
 
+// removed_devices.cpp
+BOOL WINAPI FilledGetDeviceInstallParams(HDEVINFO set, PSP_DEVINFO_DATA device,
+                                         PSP_DEVINSTALL_PARAMS_W params);
+
 // device_files.cpp
 HANDLE WINAPI FilledCreateFile(LPCWSTR path, DWORD access, DWORD share,
                                LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
                                HANDLE templateFile);
 
-// class_installer.cpp
+// files.cpp
+BOOL WINAPI FilledCopyFile(LPCWSTR from, LPCWSTR to, BOOL failIfExists);
+
+// class_install_params.cpp
 BOOL WINAPI FilledSetClassInstallParams(HDEVINFO set, PSP_DEVINFO_DATA device,
                                         PSP_CLASSINSTALL_HEADER header, DWORD size);
+// class_installer.cpp
 BOOL WINAPI FilledCallClassInstaller(DI_FUNCTION function, HDEVINFO set, PSP_DEVINFO_DATA device);
 
 // driver_lists.cpp

@@ -12,10 +12,12 @@
 #include <vector>
 
 // Missing in the compiler's headers.
-constexpr DWORD kNoSuchDevice = 0xE000020B;          // ERROR_NO_SUCH_DEVINST
-constexpr DWORD kNoDriverSelected = 0xE0000203;      // ERROR_NO_DRIVER_SELECTED
-constexpr DWORD kNoClassInstallParams = 0xE0000215;  // ERROR_NO_CLASSINSTALL_PARAMS
-constexpr DWORD kInvalidClassInstaller = 0xE000020D; // ERROR_INVALID_CLASS_INSTALLER
+constexpr DWORD NoSuchDevice = 0xE000020B;          // ERROR_NO_SUCH_DEVINST
+constexpr DWORD NotAnOemInf = 0xE000023C;           // ERROR_NOT_AN_INSTALLED_OEM_INF
+constexpr DWORD InfInUse = 0xE000023D;              // ERROR_INF_IN_USE_BY_DEVICES
+constexpr DWORD NoDriverSelected = 0xE0000203;      // ERROR_NO_DRIVER_SELECTED
+constexpr DWORD NoClassInstallParams = 0xE0000215;  // ERROR_NO_CLASSINSTALL_PARAMS
+constexpr DWORD InvalidClassInstaller = 0xE000020D; // ERROR_INVALID_CLASS_INSTALLER
 
 // Keeps the thread's last error over whatever is done in between.
 class LastErrorKeeper {
@@ -28,6 +30,12 @@ public:
 private:
     DWORD error_;
 };
+
+// TRUE with the last error that the installer's functions leave when all went well.
+inline BOOL Succeed() {
+    SetLastError(ERROR_SUCCESS);
+    return TRUE;
+}
 
 // FALSE with a last error, in one statement.
 inline BOOL Fail(DWORD error) {

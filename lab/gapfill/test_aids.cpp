@@ -31,7 +31,7 @@ void KillIfAsked(unsigned callNumber) {
     const std::wstring wanted = Setting(L"GAPFILL_KILL");
     if (!wanted.empty() && std::wcstoul(wanted.c_str(), nullptr, 0) == callNumber) {
         Note(L"killed here");
-        TerminateProcess(GetCurrentProcess(), kKilledExitCode);
+        TerminateProcess(GetCurrentProcess(), KilledExitCode);
     }
 }
 

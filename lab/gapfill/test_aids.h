@@ -7,7 +7,7 @@
 #include "system.h"
 
 // The exit code of a process that was ended by GAPFILL_KILL.
-constexpr UINT kKilledExitCode = 99;
+constexpr UINT KilledExitCode = 99;
 
 void KillIfAsked(unsigned callNumber);
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kKnownVersion = 8;
+constexpr int KnownVersion = 8;
 
 // "8.0 (Debian 8.0~repack-4)" gives 8; Windows, which has no such function, gives 0.
 int WineMajorVersion() {
@@ -21,7 +21,7 @@ int WineMajorVersion() {
 } // namespace
 
 bool WineIsNewer() {
-    static const bool newer = WineMajorVersion() > kKnownVersion;
+    static const bool newer = WineMajorVersion() > KnownVersion;
     return newer;
 }
 

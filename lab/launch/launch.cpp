@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kNotStarted = 127;
+constexpr int NotStarted = 127;
 
 class Handle {
 public:
@@ -84,14 +84,14 @@ bool WriteStatus(const wchar_t* path, DWORD status) {
 int wmain(int count, wchar_t** arguments) {
     if (count < 3) {
         std::fputs("launch ENDFILE PROGRAM [ARGUMENT...]\n", stderr);
-        return kNotStarted;
+        return NotStarted;
     }
     std::wstring commandLine = BehindArgument(BehindArgument(GetCommandLineW()));
     DWORD status = 0;
     if (!Run(commandLine.data(), status)) {
         std::fprintf(stderr, "launch: %ls cannot be started, error %lu\n", arguments[2],
                      GetLastError());
-        return kNotStarted;
+        return NotStarted;
     }
-    return WriteStatus(arguments[1], status) ? 0 : kNotStarted;
+    return WriteStatus(arguments[1], status) ? 0 : NotStarted;
 }

@@ -34,21 +34,21 @@
 #define ID_LENGTH 200u /* characters of a device or instance id, the final zero included */
 
 typedef struct {
-    ULONG modem;
-    ULONG personality;
+    ULONG Modem;
+    ULONG Personality;
 } ModemWish;
 
 typedef struct {
-    ULONG personality; /* what it shows now */
-    ULONG wanted;      /* what it will show when it is settled */
-    ULONG settled;     /* 1: no change and no arrival is still to come */
-    ULONG plugged;     /* nodes on the bus now */
-    ULONG scanning;    /* 1: the driver is at work, on whichever modem */
+    ULONG Personality; /* what it shows now */
+    ULONG Wanted;      /* what it will show when it is settled */
+    ULONG Settled;     /* 1: no change and no arrival is still to come */
+    ULONG Plugged;     /* nodes on the bus now */
+    ULONG Scanning;    /* 1: the driver is at work, on whichever modem */
 } ModemState;
 
 typedef struct {
-    ULONG modem;
-    ULONG personality;
-    ULONG plugged;
-    WCHAR instanceId[2 * ID_LENGTH];
+    ULONG Modem;
+    ULONG Personality;
+    ULONG Plugged;
+    WCHAR InstanceId[2 * ID_LENGTH];
 } NodeState;

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr const char* kUsage =
+constexpr const char* Usage =
     "modemctl show                        state of every modem and node\n"
     "modemctl set PERSONALITY [MODEM]     off, storage, modem or a number; MODEM counts from 0\n"
     "modemctl unplug [MODEM]              the same as: set off\n"
@@ -19,10 +19,10 @@ constexpr const char* kUsage =
     "modemctl rescan                      brings removed nodes back\n"
     "modemctl reload                      reads the description in the registry again\n";
 
-constexpr DWORD kPollInterval = 20;
-constexpr DWORD kNotDescribed = ERROR_FILE_NOT_FOUND; // the driver knows no modem of that number
-constexpr int kStartPolls = 250;                      // five seconds
-constexpr int kDriverPolls = 1000; // twenty seconds: a busy host starts the drivers late
+constexpr DWORD PollInterval = 20;
+constexpr DWORD NotDescribed = ERROR_FILE_NOT_FOUND; // the driver knows no modem of that number
+constexpr int StartPolls = 250;                      // five seconds
+constexpr int DriverPolls = 1000; // twenty seconds: a busy host starts the drivers late
 
 class ControlDevice {
 public:
@@ -88,9 +88,9 @@ void ShowNodes(const ControlDevice& device, ULONG modem) {
         ULONG number = i;
         NodeState node = {};
         if (device.Send(MODEM_CONTROL_NODE, &number, sizeof(number), &node, sizeof(node)) &&
-            node.modem == modem) {
-            std::printf("  %-8s %-9s %ls\n", PersonalityName(node.personality).c_str(),
-                        node.plugged != 0 ? "plugged" : "unplugged", node.instanceId);
+            node.Modem == modem) {
+            std::printf("  %-8s %-9s %ls\n", PersonalityName(node.Personality).c_str(),
+                        node.Plugged != 0 ? "plugged" : "unplugged", node.InstanceId);
         }
     }
 }
@@ -100,8 +100,8 @@ int Show(const ControlDevice& device) {
         ModemState state = {};
         if (device.State(i, state)) {
             std::printf("modem %lu: %s, %s, %lu nodes plugged\n", i,
-                        PersonalityName(state.personality).c_str(),
-                        state.settled != 0 ? "settled" : "changing", state.plugged);
+                        PersonalityName(state.Personality).c_str(),
+                        state.Settled != 0 ? "settled" : "changing", state.Plugged);
             ShowNodes(device, i);
         }
     }
@@ -110,7 +110,7 @@ int Show(const ControlDevice& device) {
 
 bool IsSettled(const ControlDevice& device, ULONG modem) {
     ModemState state = {};
-    return device.State(modem, state) ? state.settled != 0 : GetLastError() == kNotDescribed;
+    return device.State(modem, state) ? state.Settled != 0 : GetLastError() == NotDescribed;
 }
 
 bool AllSettled(const ControlDevice& device) {
@@ -129,7 +129,7 @@ int Wait(const ControlDevice& device, DWORD milliseconds) {
             std::fprintf(stderr, "modemctl: not settled in time\n");
             return 1;
         }
-        Sleep(kPollInterval);
+        Sleep(PollInterval);
     }
     return 0;
 }
@@ -157,14 +157,14 @@ bool ServiceRuns() {
 // The driver is started with the session; the very first program may be quicker. A service that is
 // still stopped after some seconds is taken for one whose process has ended.
 bool DriverIsThere() {
-    for (int polls = 0; polls < kDriverPolls; ++polls) {
+    for (int polls = 0; polls < DriverPolls; ++polls) {
         if (ControlDevice().IsOpen()) {
             return true;
         }
-        if (polls >= kStartPolls && !ServiceRuns()) {
+        if (polls >= StartPolls && !ServiceRuns()) {
             return false;
         }
-        Sleep(kPollInterval);
+        Sleep(PollInterval);
     }
     return false;
 }
@@ -192,7 +192,7 @@ int Run(const std::wstring& command, const wchar_t* first, const wchar_t* second
     if (command == L"reload") {
         return Result(device.Send(MODEM_CONTROL_RELOAD, nullptr, 0, nullptr, 0));
     }
-    std::fputs(kUsage, stderr);
+    std::fputs(Usage, stderr);
     return 2;
 }
 
@@ -200,7 +200,7 @@ int Run(const std::wstring& command, const wchar_t* first, const wchar_t* second
 
 int wmain(int count, wchar_t** arguments) {
     if (count < 2) {
-        std::fputs(kUsage, stderr);
+        std::fputs(Usage, stderr);
         return 2;
     }
     if (!DriverIsThere()) {

@@ -3,6 +3,7 @@
 
 #include "devices/class_install_params.h"
 #include "devices/nodes.h"
+#include "devices/removed_devices.h"
 #include "drivers/driver_lists.h"
 #include "journal.h"
 #include "originals.h"
@@ -56,6 +57,7 @@ HDEVINFO WINAPI FilledGetClassDevs(const GUID* classGuid, PCWSTR enumerator, HWN
 // used again for another set.
 BOOL WINAPI FilledDestroyDeviceInfoList(HDEVINFO set) {
     ForgetClassInstallParams(set);
+    ForgetRemovedDevices(set);
     ForgetDriverLists(set);
     return SETUPAPI(SetupDiDestroyDeviceInfoList)(set);
 }

@@ -7,13 +7,19 @@
 #include "originals.h"
 #include "wine_version.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace {
 
 // Any number that no set of devices uses: Wine's device handles count up from zero.
-constexpr DEVINST kRootNode = 0x0F0F0F0F;
-constexpr DWORD kPollInterval = 20;
+constexpr DEVINST RootNode = 0x0F0F0F0F;
+constexpr DWORD PollInterval = 20;
+
+// Enumerator, device and instance.
+bool IsInstanceId(const std::wstring& text) {
+    return std::count(text.begin(), text.end(), L'\\') == 2;
+}
 
 bool NamesRoot(const wchar_t* instanceId) {
     return instanceId == nullptr || *instanceId == L'\0' ||
@@ -35,13 +41,19 @@ CONFIGRET WINAPI FilledLocateDevNode(PDEVINST node, DEVINSTID_W instanceId, ULON
     if (node == nullptr) {
         return CR_INVALID_POINTER;
     }
+    if ((flags & ~ULONG{CM_LOCATE_DEVNODE_BITS}) != 0) {
+        return CR_INVALID_FLAG;
+    }
     if (WineIsNewer() && SETUPAPI(CM_Locate_DevNodeW)(node, instanceId, flags) == CR_SUCCESS) {
         NoteNoLongerNeeded("CM_Locate_DevNodeW");
         return CR_SUCCESS;
     }
     if (NamesRoot(instanceId)) {
-        *node = kRootNode;
+        *node = RootNode;
         return CR_SUCCESS;
+    }
+    if (!IsInstanceId(instanceId)) {
+        return CR_INVALID_DEVICE_ID;
     }
     const bool phantomWelcome = (flags & CM_LOCATE_DEVNODE_PHANTOM) != 0;
     SP_DEVINFO_DATA device = {};
@@ -59,6 +71,12 @@ CONFIGRET WINAPI FilledLocateDevNode(PDEVINST node, DEVINSTID_W instanceId, ULON
 // node is named: it is the only one on a machine of the lab.
 CONFIGRET WINAPI FilledReenumerateDevNode(DEVINST node, ULONG flags) {
     Enter("CM_Reenumerate_DevNode");
+    if (node == 0) {
+        return CR_INVALID_DEVNODE;
+    }
+    if ((flags & ~ULONG{CM_REENUMERATE_BITS}) != 0) {
+        return CR_INVALID_FLAG;
+    }
     if (WineIsNewer() && SETUPAPI(CM_Reenumerate_DevNode)(node, flags) == CR_SUCCESS) {
         NoteNoLongerNeeded("CM_Reenumerate_DevNode");
     }
@@ -76,7 +94,7 @@ DWORD WINAPI FilledWaitNoPendingInstallEvents(DWORD timeout) {
         if (GetTickCount() - begin >= timeout) {
             return WAIT_TIMEOUT;
         }
-        Sleep(kPollInterval);
+        Sleep(PollInterval);
     }
     return WAIT_OBJECT_0;
 }

@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr DWORD kPollInterval = 10;
-constexpr int kPolls = 1000; // ten seconds
+constexpr DWORD PollInterval = 10;
+constexpr int Polls = 1000; // ten seconds
 
 bool Send(DWORD code, const void* in, DWORD inSize, void* out, DWORD outSize) {
     const HANDLE device =
@@ -28,15 +28,15 @@ bool BusIsWorking() {
     const ULONG firstModem = 0; // `scanning` is the same for every modem
     ModemState state = {};
     return Send(MODEM_CONTROL_STATE, &firstModem, sizeof(firstModem), &state, sizeof(state)) &&
-           state.scanning != 0;
+           state.Scanning != 0;
 }
 
 void ScanBus() {
     if (!Send(MODEM_CONTROL_RESCAN, nullptr, 0, nullptr, 0)) {
         return;
     }
-    for (int i = 0; i < kPolls && BusIsWorking(); ++i) {
-        Sleep(kPollInterval);
+    for (int i = 0; i < Polls && BusIsWorking(); ++i) {
+        Sleep(PollInterval);
     }
 }
 
@@ -45,7 +45,7 @@ void TakeNodeOffBus(const std::wstring& instanceId) {
     if (!Send(MODEM_CONTROL_REMOVE, instanceId.c_str(), size, nullptr, 0)) {
         return;
     }
-    for (int i = 0; i < kPolls && NodeIsPresent(instanceId); ++i) {
-        Sleep(kPollInterval);
+    for (int i = 0; i < Polls && NodeIsPresent(instanceId); ++i) {
+        Sleep(PollInterval);
     }
 }

@@ -8,7 +8,7 @@
 namespace {
 
 // What Wine's own device installer asks the class installer for, in this order.
-constexpr DI_FUNCTION kSteps[] = {
+constexpr DI_FUNCTION Steps[] = {
     DIF_SELECTBESTCOMPATDRV,   DIF_ALLOW_INSTALL,     DIF_INSTALLDEVICEFILES,
     DIF_REGISTER_COINSTALLERS, DIF_INSTALLINTERFACES, DIF_INSTALLDEVICE,
 };
@@ -40,7 +40,7 @@ bool HasDriver(HDEVINFO set, SP_DEVINFO_DATA* device) {
 }
 
 bool TakeSteps(HDEVINFO set, SP_DEVINFO_DATA* device) {
-    for (const DI_FUNCTION step : kSteps) {
+    for (const DI_FUNCTION step : Steps) {
         // Steps that nobody handles leave this error, which is no failure.
         if (!SETUPAPI(SetupDiCallClassInstaller)(step, set, device) &&
             GetLastError() != static_cast<DWORD>(ERROR_DI_DO_DEFAULT)) {

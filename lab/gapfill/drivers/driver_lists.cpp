@@ -12,33 +12,48 @@
 #include <cwchar>
 #include <iterator>
 #include <map>
+#include <set>
 
 namespace {
 
 using Key = std::pair<HDEVINFO, DWORD>;
-std::map<Key, std::vector<ClassDriver>> lists;
+std::map<Key, std::vector<ClassDriver>> Lists;
+// Lists of compatible drivers, which Wine keeps.
+std::set<Key> Destroyed;
 
 Key KeyOf(HDEVINFO set, const SP_DEVINFO_DATA* device) {
     return {set, device == nullptr ? ~DWORD{0} : device->DevInst};
 }
 
-template <std::size_t size>
-void CopyText(wchar_t (&to)[size], const std::wstring& text) {
-    const std::size_t length = std::min(text.size(), size - 1);
+template <std::size_t Size>
+void CopyText(wchar_t (&to)[Size], const std::wstring& text) {
+    const std::size_t length = std::min(text.size(), Size - 1);
     std::wmemcpy(to, text.data(), length);
     to[length] = L'\0';
 }
 
-std::vector<ClassDriver> DriversIn(const std::wstring& infPath) {
+// Of the device, as a text in braces; empty when it has none.
+std::wstring ClassOf(HDEVINFO set, PSP_DEVINFO_DATA device) {
+    wchar_t guid[64] = {};
+    const bool read = device != nullptr &&
+                      SETUPAPI(SetupDiGetDeviceRegistryPropertyW)(
+                          set, device, SPDRP_CLASSGUID, nullptr, reinterpret_cast<BYTE*>(guid),
+                          sizeof(guid) - sizeof(wchar_t), nullptr) != FALSE;
+    return read ? guid : L"";
+}
+
+// An INF of another class has none.
+std::vector<ClassDriver> DriversIn(const std::wstring& infPath, const std::wstring& classGuid) {
     std::vector<ClassDriver> drivers;
     const InfFile inf(infPath);
-    if (!inf.IsOpen()) {
+    if (!inf.IsOpen() ||
+        _wcsicmp(inf.Value(L"Version", L"ClassGuid").c_str(), classGuid.c_str()) != 0) {
         return drivers;
     }
     const std::wstring provider = inf.Value(L"Version", L"Provider");
     for (const Model& model : ModelsOf(inf)) {
-        drivers.push_back({infPath, provider, model.manufacturer, model.description,
-                           model.installSection, model.hardwareId});
+        drivers.push_back({infPath, provider, model.Manufacturer, model.Description,
+                           model.InstallSection, model.HardwareId});
     }
     return drivers;
 }
@@ -47,15 +62,15 @@ std::vector<ClassDriver> DriversIn(const std::wstring& infPath) {
 void FillEntry(const ClassDriver& driver, DWORD index, PSP_DRVINFO_DATA_W entry) {
     entry->DriverType = SPDIT_CLASSDRIVER;
     entry->Reserved = index + 1;
-    CopyText(entry->Description, driver.description);
-    CopyText(entry->MfgName, driver.manufacturer);
-    CopyText(entry->ProviderName, driver.provider);
+    CopyText(entry->Description, driver.Description);
+    CopyText(entry->MfgName, driver.Manufacturer);
+    CopyText(entry->ProviderName, driver.Provider);
 }
 
 // The two zeros behind the hardware id end it and the empty list of compatible ids.
 DWORD DetailSize(const ClassDriver& driver) {
     return static_cast<DWORD>(offsetof(SP_DRVINFO_DETAIL_DATA_W, HardwareID) +
-                              (driver.hardwareId.size() + 2) * sizeof(wchar_t));
+                              (driver.HardwareId.size() + 2) * sizeof(wchar_t));
 }
 
 BOOL FillDetail(const ClassDriver& driver, PSP_DRVINFO_DETAIL_DATA_W detail, DWORD size,
@@ -73,10 +88,10 @@ BOOL FillDetail(const ClassDriver& driver, PSP_DRVINFO_DETAIL_DATA_W detail, DWO
     detail->InfDate = {};
     detail->CompatIDsOffset = 0;
     detail->CompatIDsLength = 0;
-    CopyText(detail->SectionName, driver.installSection);
-    CopyText(detail->InfFileName, driver.infPath);
-    CopyText(detail->DrvDescription, driver.description);
-    std::wmemcpy(detail->HardwareID, driver.hardwareId.c_str(), driver.hardwareId.size() + 1);
+    CopyText(detail->SectionName, driver.InstallSection);
+    CopyText(detail->InfFileName, driver.InfPath);
+    CopyText(detail->DrvDescription, driver.Description);
+    std::wmemcpy(detail->HardwareID, driver.HardwareId.c_str(), driver.HardwareId.size() + 1);
     return TRUE;
 }
 
@@ -84,8 +99,8 @@ BOOL FillDetail(const ClassDriver& driver, PSP_DRVINFO_DETAIL_DATA_W detail, DWO
 
 const ClassDriver* FindClassDriver(HDEVINFO set, const SP_DEVINFO_DATA* device,
                                    const SP_DRVINFO_DATA_W* entry) {
-    const auto list = lists.find(KeyOf(set, device));
-    if (entry == nullptr || entry->DriverType != SPDIT_CLASSDRIVER || list == lists.end() ||
+    const auto list = Lists.find(KeyOf(set, device));
+    if (entry == nullptr || entry->DriverType != SPDIT_CLASSDRIVER || list == Lists.end() ||
         entry->Reserved == 0 || entry->Reserved > list->second.size()) {
         return nullptr;
     }
@@ -93,15 +108,17 @@ const ClassDriver* FindClassDriver(HDEVINFO set, const SP_DEVINFO_DATA* device,
 }
 
 void ForgetDriverLists(HDEVINFO set) {
-    std::erase_if(lists, [set](const auto& entry) { return entry.first.first == set; });
+    std::erase_if(Lists, [set](const auto& entry) { return entry.first.first == set; });
+    std::erase_if(Destroyed, [set](const Key& key) { return key.first == set; });
 }
 
-// Windows: a class driver list holds every driver of the class, or with DI_ENUMSINGLEINF every
-// driver of the INF in DriverPath. Wine 8: knows lists of compatible drivers only. Of the class
-// lists only those of a single INF are filled in.
+// Windows: a class driver list holds every driver of the device's class, or with DI_ENUMSINGLEINF
+// every one in the INF that DriverPath names. Wine 8: knows lists of compatible drivers only. Of
+// the class lists only those of a single INF are filled in.
 BOOL WINAPI FilledBuildDriverInfoList(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type) {
     Enter("SetupDiBuildDriverInfoList", std::to_wstring(type));
     if (type != SPDIT_CLASSDRIVER) {
+        Destroyed.erase(KeyOf(set, device));
         return SETUPAPI(SetupDiBuildDriverInfoList)(set, device, type);
     }
     SP_DEVINSTALL_PARAMS_W params = {};
@@ -109,27 +126,29 @@ BOOL WINAPI FilledBuildDriverInfoList(HDEVINFO set, PSP_DEVINFO_DATA device, DWO
     if (!SETUPAPI(SetupDiGetDeviceInstallParamsW)(set, device, &params)) {
         return FALSE;
     }
-    lists[KeyOf(set, device)] = DriversIn(params.DriverPath);
-    return TRUE;
+    Lists[KeyOf(set, device)] = DriversIn(params.DriverPath, ClassOf(set, device));
+    return Succeed();
 }
 
-// The same gap: entries of class driver lists.
+// The same gap: entries of class driver lists; and none in a list that was destroyed.
 BOOL WINAPI FilledEnumDriverInfo(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type, DWORD index,
                                  PSP_DRVINFO_DATA_W driver) {
     if (type != SPDIT_CLASSDRIVER) {
-        return SETUPAPI(SetupDiEnumDriverInfoW)(set, device, type, index, driver);
+        return Destroyed.count(KeyOf(set, device)) != 0
+                   ? Fail(ERROR_NO_MORE_ITEMS)
+                   : SETUPAPI(SetupDiEnumDriverInfoW)(set, device, type, index, driver);
     }
     Enter("SetupDiEnumDriverInfoW", std::to_wstring(index));
-    const auto list = lists.find(KeyOf(set, device));
-    if (list == lists.end() || index >= list->second.size()) {
+    const auto list = Lists.find(KeyOf(set, device));
+    if (list == Lists.end() || index >= list->second.size()) {
         return Fail(ERROR_NO_MORE_ITEMS);
     }
     FillEntry(list->second[index], index, driver);
-    return TRUE;
+    return Succeed();
 }
 
-// Windows: asked for the size, with no buffer, it fails with ERROR_INSUFFICIENT_BUFFER. Wine 8:
-// TRUE.
+// Windows: asked for the size, with no buffer, it fails with ERROR_INSUFFICIENT_BUFFER; the path of
+// an INF has backslashes only. Wine 8: TRUE; "C:/windows/inf\..." for the folder of Windows.
 BOOL WINAPI FilledGetDriverInfoDetail(HDEVINFO set, PSP_DEVINFO_DATA device,
                                       PSP_DRVINFO_DATA_W driver, PSP_DRVINFO_DETAIL_DATA_W detail,
                                       DWORD size, PDWORD needed) {
@@ -140,6 +159,9 @@ BOOL WINAPI FilledGetDriverInfoDetail(HDEVINFO set, PSP_DEVINFO_DATA device,
     const BOOL result =
         SETUPAPI(SetupDiGetDriverInfoDetailW)(set, device, driver, detail, size, needed);
     if (detail != nullptr) {
+        if (result) {
+            std::replace(detail->InfFileName, detail->InfFileName + MAX_PATH, L'/', L'\\');
+        }
         return result;
     }
     if (!result) {
@@ -153,11 +175,12 @@ BOOL WINAPI FilledGetDriverInfoDetail(HDEVINFO set, PSP_DEVINFO_DATA device,
 BOOL WINAPI FilledDestroyDriverInfoList(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type) {
     Enter("SetupDiDestroyDriverInfoList", std::to_wstring(type));
     if (type == SPDIT_CLASSDRIVER) {
-        lists.erase(KeyOf(set, device));
-        return TRUE;
+        Lists.erase(KeyOf(set, device));
+        return Succeed();
     }
     if (SETUPAPI(SetupDiDestroyDriverInfoList)(set, device, type)) {
         NoteNoLongerNeeded("SetupDiDestroyDriverInfoList");
     }
-    return TRUE;
+    Destroyed.insert(KeyOf(set, device));
+    return Succeed();
 }

@@ -5,12 +5,12 @@
 #include "system.h"
 
 struct ClassDriver {
-    std::wstring infPath;
-    std::wstring provider;
-    std::wstring manufacturer;
-    std::wstring description;
-    std::wstring installSection;
-    std::wstring hardwareId;
+    std::wstring InfPath;
+    std::wstring Provider;
+    std::wstring Manufacturer;
+    std::wstring Description;
+    std::wstring InstallSection;
+    std::wstring HardwareId;
 };
 
 // The driver that an entry given out by SetupDiEnumDriverInfoW stands for, null when the entry is

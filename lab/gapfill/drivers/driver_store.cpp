@@ -1,6 +1,7 @@
 #include "drivers/driver_store.h"
 
 #include "drivers/inf_file.h"
+#include "drivers/infs_in_use.h"
 #include "journal.h"
 #include "replacements.h"
 #include "test_aids.h"
@@ -9,7 +10,7 @@
 
 namespace {
 
-constexpr int kNumbersTried = 1000;
+constexpr int NumbersTried = 1000;
 
 std::wstring StoreFolder() {
     wchar_t folder[MAX_PATH] = {};
@@ -47,20 +48,31 @@ std::wstring StoredName(int number) {
     return StoreFolder() + L"oem" + std::to_wstring(number) + L".inf";
 }
 
-// Windows: an INF that is in the store already keeps its name; a new one gets the first free
-// number.
-std::wstring NameFor(const std::wstring& source) {
+// The name of an INF that is in the store already; empty when it is not.
+std::wstring FindStored(const std::wstring& source) {
     const std::vector<char> bytes = ReadAll(source);
-    std::wstring firstFree;
-    for (int number = 0; number < kNumbersTried; ++number) {
+    for (int number = 0; number < NumbersTried; ++number) {
         const std::wstring name = StoredName(number);
-        if (!Exists(name)) {
-            firstFree = firstFree.empty() ? name : firstFree;
-        } else if (ReadAll(name) == bytes) {
+        if (Exists(name) && ReadAll(name) == bytes) {
             return name;
         }
     }
-    return firstFree;
+    return {};
+}
+
+std::wstring FirstFreeName() {
+    int number = 0;
+    while (number < NumbersTried && Exists(StoredName(number))) {
+        ++number;
+    }
+    return StoredName(number);
+}
+
+// Windows: an INF that is in the store already keeps its name; a new one gets the first free
+// number.
+std::wstring NameFor(const std::wstring& source) {
+    const std::wstring stored = FindStored(source);
+    return stored.empty() ? FirstFreeName() : stored;
 }
 
 bool FilesAreThere(const std::vector<std::wstring>& files, const std::wstring& folder) {
@@ -100,7 +112,7 @@ bool Names(const std::vector<std::wstring>& files, const std::wstring& file) {
 
 // True when an INF of the store other than `inf` has the file.
 bool IsUsedByOthers(const std::wstring& inf, const std::wstring& file) {
-    for (int number = 0; number < kNumbersTried; ++number) {
+    for (int number = 0; number < NumbersTried; ++number) {
         const std::wstring other = StoredName(number);
         if (!Exists(other) || _wcsicmp(other.c_str(), inf.c_str()) == 0) {
             continue;
@@ -132,7 +144,7 @@ BOOL GiveName(const std::wstring& stored, PWSTR destination, DWORD length, PDWOR
         *needed = size;
     }
     if (destination == nullptr) {
-        return TRUE;
+        return Succeed();
     }
     if (length < size) {
         return Fail(ERROR_INSUFFICIENT_BUFFER);
@@ -141,7 +153,33 @@ BOOL GiveName(const std::wstring& stored, PWSTR destination, DWORD length, PDWOR
     if (component != nullptr) {
         *component = destination + FolderOf(stored).size();
     }
-    return TRUE;
+    return Succeed();
+}
+
+// Why the style forbids the copy; ERROR_SUCCESS when it does not.
+DWORD StyleForbids(const std::wstring& source, DWORD style) {
+    if ((style & (SP_COPY_REPLACEONLY | SP_COPY_NOOVERWRITE)) == 0 || !Exists(source)) {
+        return ERROR_SUCCESS;
+    }
+    const bool stored = !FindStored(source).empty();
+    if (!stored && (style & SP_COPY_REPLACEONLY) != 0) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    return stored && (style & SP_COPY_NOOVERWRITE) != 0 ? ERROR_FILE_EXISTS : ERROR_SUCCESS;
+}
+
+DWORD UninstallError(const std::wstring& name, DWORD flags) {
+    if (name.find(L'\\') != std::wstring::npos) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (name.empty() || !Exists(StoreFolder() + name)) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    if (_wcsnicmp(name.c_str(), L"oem", 3) != 0) {
+        return NotAnOemInf;
+    }
+    const bool forced = (flags & SUOI_FORCEDELETE) != 0;
+    return !forced && DevicesUse(name) ? InfInUse : ERROR_SUCCESS;
 }
 
 } // namespace
@@ -177,7 +215,8 @@ std::wstring StoreInf(const std::wstring& source) {
 // Windows: the copy is always called oem<N>.inf; a catalogue that is named and missing only makes
 // the package unsigned; a file that the INF copies and that is missing makes the call fail with 2.
 // Wine 8: keeps the original name as long as no other file has it; fails with 2 for the catalogue;
-// and for a missing file it fails not here but loops for ever when the driver is installed.
+// and for a missing file it fails not here but loops for ever when the driver is installed; knows
+// no SP_COPY_REPLACEONLY.
 BOOL WINAPI FilledCopyOEMInf(PCWSTR source, PCWSTR /*mediaLocation*/, DWORD /*mediaType*/,
                              DWORD style, PWSTR destination, DWORD destinationLength, PDWORD needed,
                              PWSTR* component) {
@@ -188,6 +227,10 @@ BOOL WINAPI FilledCopyOEMInf(PCWSTR source, PCWSTR /*mediaLocation*/, DWORD /*me
     if (source == nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
+    if (const DWORD error = StyleForbids(source, style)) {
+        GiveName(FindStored(source), destination, destinationLength, needed, component);
+        return Fail(error);
+    }
     const std::wstring stored = StoreInf(source);
     if (stored.empty() || !GiveName(stored, destination, destinationLength, needed, component)) {
         return FALSE;
@@ -195,25 +238,22 @@ BOOL WINAPI FilledCopyOEMInf(PCWSTR source, PCWSTR /*mediaLocation*/, DWORD /*me
     if ((style & SP_COPY_DELETESOURCE) != 0) {
         DeleteFileW(source);
     }
-    return TRUE;
+    return Succeed();
 }
 
-// Windows: removes the INF and its precompiled twin. Wine 8: without SUOI_FORCEDELETE it removes
-// nothing and says TRUE, with it the INF alone. Not filled in: refusing an INF that devices use
-// when the flag is missing.
-BOOL WINAPI FilledUninstallOEMInf(PCWSTR name, DWORD /*flags*/, PVOID /*reserved*/) {
+// Windows: removes the INF and its precompiled twin; without SUOI_FORCEDELETE not while a device,
+// plugged or not, has a driver from it. Wine 8: without the flag it removes nothing and says TRUE,
+// with it the INF alone.
+BOOL WINAPI FilledUninstallOEMInf(PCWSTR name, DWORD flags, PVOID /*reserved*/) {
     Enter("SetupUninstallOEMInfW", name == nullptr ? L"" : name);
-    if (name == nullptr || std::wcschr(name, L'\\') != nullptr) {
+    if (name == nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    if (_wcsnicmp(name, L"oem", 3) != 0) {
-        return Fail(0xE000023C); // ERROR_NOT_AN_INSTALLED_OEM_INF
+    if (const DWORD error = UninstallError(name, flags)) {
+        return Fail(error);
     }
     const std::wstring path = StoreFolder() + name;
-    if (!Exists(path)) {
-        return Fail(ERROR_FILE_NOT_FOUND);
-    }
     ForgetFiles(path);
     DeleteFileW(WithExtension(path, L".pnf").c_str());
-    return DeleteFileW(path.c_str());
+    return DeleteFileW(path.c_str()) ? Succeed() : FALSE;
 }

@@ -7,11 +7,11 @@
 namespace {
 
 // Longer fields do not occur in packets of the lab.
-constexpr DWORD kFieldLength = 1024;
+constexpr DWORD FieldLength = 1024;
 
 std::wstring Field(INFCONTEXT* line, DWORD index) {
-    wchar_t text[kFieldLength] = {};
-    const BOOL read = SETUPAPI(SetupGetStringFieldW)(line, index, text, kFieldLength, nullptr);
+    wchar_t text[FieldLength] = {};
+    const BOOL read = SETUPAPI(SetupGetStringFieldW)(line, index, text, FieldLength, nullptr);
     return read ? text : L"";
 }
 

@@ -26,10 +26,10 @@ private:
 
 // One line of a models section that this machine (x64) uses.
 struct Model {
-    std::wstring manufacturer;
-    std::wstring description;
-    std::wstring installSection;
-    std::wstring hardwareId;
+    std::wstring Manufacturer;
+    std::wstring Description;
+    std::wstring InstallSection;
+    std::wstring HardwareId;
 };
 
 std::vector<Model> ModelsOf(const InfFile& inf);

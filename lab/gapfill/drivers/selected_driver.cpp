@@ -12,11 +12,11 @@
 namespace {
 
 struct Selection {
-    std::wstring instanceId;
-    std::wstring infPath;
+    std::wstring InstanceId;
+    std::wstring InfPath;
 };
 
-std::map<HDEVINFO, Selection> selections;
+std::map<HDEVINFO, Selection> Selections;
 
 } // namespace
 
@@ -27,19 +27,24 @@ BOOL WINAPI FilledSetSelectedDevice(HDEVINFO set, PSP_DEVINFO_DATA device) {
     if (instanceId.empty()) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    selections[set] = {instanceId, L""};
+    Selections[set] = {instanceId, L""};
     return TRUE;
 }
 
-// Windows: remembers the driver for the device. Wine 8: raises an exception.
+// Windows: remembers the driver for the device; null takes the selection back. Wine 8: raises an
+// exception.
 BOOL WINAPI FilledSetSelectedDriver(HDEVINFO set, PSP_DEVINFO_DATA device,
                                     PSP_DRVINFO_DATA_W driver) {
     Enter("SetupDiSetSelectedDriverW");
+    if (driver == nullptr) {
+        Selections[set].InfPath.clear();
+        return Succeed();
+    }
     const ClassDriver* const found = FindClassDriver(set, device, driver);
     if (found == nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    selections[set] = {InstanceIdOf(set, device), found->infPath};
+    Selections[set] = {InstanceIdOf(set, device), found->InfPath};
     return TRUE;
 }
 
@@ -47,14 +52,14 @@ BOOL WINAPI FilledSetSelectedDriver(HDEVINFO set, PSP_DEVINFO_DATA device,
 // TRUE, and nothing happens.
 BOOL WINAPI FilledInstallSelectedDriver(HWND /*parent*/, HDEVINFO set, LPCWSTR /*reserved*/,
                                         BOOL /*backup*/, PDWORD reboot) {
-    const Selection selection = selections[set];
-    Enter("InstallSelectedDriver", selection.instanceId + L" " + selection.infPath);
+    const Selection selection = Selections[set];
+    Enter("InstallSelectedDriver", selection.InstanceId + L" " + selection.InfPath);
     if (reboot != nullptr) {
         *reboot = 0;
     }
-    if (selection.infPath.empty()) {
-        return Fail(kNoDriverSelected);
+    if (selection.InfPath.empty()) {
+        return Fail(NoDriverSelected);
     }
-    const std::wstring stored = StoreInf(selection.infPath);
-    return !stored.empty() && InstallOnDevice(selection.instanceId, stored) ? TRUE : FALSE;
+    const std::wstring stored = StoreInf(selection.InfPath);
+    return !stored.empty() && InstallOnDevice(selection.InstanceId, stored) ? TRUE : FALSE;
 }

@@ -28,8 +28,8 @@ bool HasInstalledDriver(HDEVINFO set, SP_DEVINFO_DATA* device) {
 }
 
 struct Target {
-    std::wstring instanceId;
-    bool hasDriver;
+    std::wstring InstanceId;
+    bool HasDriver;
 };
 
 // The present devices with the id among their hardware or compatible ids.
@@ -53,13 +53,13 @@ std::vector<Target> FindTargets(const wchar_t* hardwareId) {
 bool InstallOnTargets(const std::vector<Target>& targets, const std::wstring& infPath, bool force) {
     bool installed = false;
     for (const Target& target : targets) {
-        if (target.hasDriver && !force) {
+        if (target.HasDriver && !force) {
             continue;
         }
-        if (!InstallOnDevice(target.instanceId, infPath)) {
+        if (!InstallOnDevice(target.InstanceId, infPath)) {
             return false;
         }
-        Note(L"installed on " + target.instanceId);
+        Note(L"installed on " + target.InstanceId);
         installed = true;
     }
     return installed || Fail(ERROR_NO_MORE_ITEMS) != FALSE;
@@ -78,12 +78,15 @@ BOOL WINAPI FilledUpdateDriver(HWND /*parent*/, LPCWSTR hardwareId, LPCWSTR infP
     if (reboot != nullptr) {
         *reboot = FALSE;
     }
+    if ((flags & ~DWORD{INSTALLFLAG_BITS}) != 0) {
+        return Fail(ERROR_INVALID_FLAGS);
+    }
     if (GetFileAttributesW(infPath) == INVALID_FILE_ATTRIBUTES) {
         return Fail(ERROR_FILE_NOT_FOUND);
     }
     const std::vector<Target> targets = FindTargets(hardwareId);
     if (targets.empty()) {
-        return Fail(kNoSuchDevice);
+        return Fail(NoSuchDevice);
     }
     const std::wstring stored = StoreInf(infPath);
     if (stored.empty()) {

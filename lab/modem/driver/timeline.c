@@ -336,12 +336,12 @@ BOOLEAN DescribeState(ULONG number, ModemState* state) {
         return FALSE;
     }
     ExAcquireFastMutex(&lock);
-    state->personality = modem->phase == GONE ? PERSONALITY_OFF : modem->personality;
-    state->wanted = modem->phase == STAYING ? modem->personality : modem->wanted;
-    state->settled = modem->phase == STAYING && !HasArrivalsOpen(number);
+    state->Personality = modem->phase == GONE ? PERSONALITY_OFF : modem->personality;
+    state->Wanted = modem->phase == STAYING ? modem->personality : modem->wanted;
+    state->Settled = modem->phase == STAYING && !HasArrivalsOpen(number);
     ExReleaseFastMutex(&lock);
-    state->scanning = isWorking || isScanWished;
-    state->settled = state->settled && !state->scanning;
-    state->plugged = CountPluggedNodes(number);
+    state->Scanning = isWorking || isScanWished;
+    state->Settled = state->Settled && !state->Scanning;
+    state->Plugged = CountPluggedNodes(number);
     return TRUE;
 }

@@ -53,8 +53,8 @@ static NTSTATUS HearWish(const Exchange* exchange) {
     if (exchange->inputSize < sizeof(*wish)) {
         return STATUS_BUFFER_TOO_SMALL;
     }
-    WriteJournal("wish: modem %u, personality %u", wish->modem, wish->personality);
-    return WishPersonality(wish->modem, wish->personality, 0) ? STATUS_SUCCESS
+    WriteJournal("wish: modem %u, personality %u", wish->Modem, wish->Personality);
+    return WishPersonality(wish->Modem, wish->Personality, 0) ? STATUS_SUCCESS
                                                               : STATUS_OBJECT_NAME_NOT_FOUND;
 }
 
@@ -81,10 +81,10 @@ static NTSTATUS TellNode(const Exchange* exchange) {
     if (number >= NODE_LIMIT || !nodeDescriptions[number].isDescribed) {
         return STATUS_OBJECT_NAME_NOT_FOUND;
     }
-    state->modem = nodeDescriptions[number].modem;
-    state->personality = nodeDescriptions[number].personality;
-    state->plugged = NodeIsPlugged(number);
-    FormatInstanceId(number, state->instanceId);
+    state->Modem = nodeDescriptions[number].modem;
+    state->Personality = nodeDescriptions[number].personality;
+    state->Plugged = NodeIsPlugged(number);
+    FormatInstanceId(number, state->InstanceId);
     *exchange->written = sizeof(*state);
     return STATUS_SUCCESS;
 }

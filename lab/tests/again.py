@@ -23,8 +23,11 @@ def test_reinstall():
         first = _sample.new_files(on)
         lines = _scenario.run(on, "-i", 1)
         for function in ("MI_00\\6&1C2B&0&0000", "MI_01\\6&1C2B&0&0001", "MI_02\\6&1C2B&0&0002"):
-            _check.in_order(lines, "CleanDevice: device USB\\VID_3A9D&PID_9001&" + function +
-                            " information in register was removed,because device was not exist")
+            device = "USB\\VID_3A9D&PID_9001&" + function
+            _check.in_order(
+                lines, f"CleanDevice: Device {device} removed successfully,reboot state is 0",
+                f"CleanDevice: device {device} information in register was removed,because device "
+                "was not exist")
         for service in _sample.SERVICES.values():
             _check.in_order(lines, "RemoveFile: File C:\\windows\\SYSTEM32\\DRIVERS\\"
                             f"{service}.sys was deleted successfully")
@@ -42,6 +45,8 @@ def test_uninstall():
         lines = _scenario.run(on, "-u", 1)
         modem.control(on, "wait", "10")
         _check.in_order(lines, "UnInstall: Device to uninstall USB\\VID_3A9D&PID_9001",
+                        "UnInstall: Device USB\\VID_3A9D&PID_9001&MI_00\\6&1C2B&0&0000 removed "
+                        "successfully,reboot state is 0",
                         "UnInstall: Normal delete sys C:\\windows\\system32\\drivers\\ompmodem.sys",
                         "RemoveFile: File C:\\windows\\system32\\drivers\\ompmodem.sys was deleted "
                         "successfully")

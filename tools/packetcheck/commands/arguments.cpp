@@ -1,6 +1,7 @@
 #include "commands/arguments.h"
 
 #include "commands/check_command.h"
+#include "commands/explain_command.h"
 #include "commands/plan_command.h"
 #include "output/terminal.h"
 
@@ -36,6 +37,16 @@ CLI::App* AddPlan(CLI::App& app, PlanOptions& options) {
     return plan;
 }
 
+CLI::App* AddExplain(CLI::App& app, ExplainOptions& options) {
+    CLI::App* const explain = app.add_subcommand("explain", "What a run did, from its log");
+    explain->add_option("log", options.Log, "Setup.log, or a folder with many logs")->required();
+    explain->add_option("--packet", options.Packet, "the packet that the run was about");
+    explain->add_flag("--all", options.All, "every run of the log, not only the last one");
+    explain->add_option("--html", options.HtmlFile, "write a page with a picture to this file");
+    explain->add_option("--json", options.JsonFile, "write it as data to this file");
+    return explain;
+}
+
 } // namespace
 
 int Run(std::vector<std::string> arguments) {
@@ -46,8 +57,10 @@ int Run(std::vector<std::string> arguments) {
     app.allow_windows_style_options(false);
     PlanOptions planOptions;
     CheckOptions checkOptions;
+    ExplainOptions explainOptions;
     const CLI::App* const check = AddCheck(app, checkOptions);
     const CLI::App* const plan = AddPlan(app, planOptions);
+    const CLI::App* const explain = AddExplain(app, explainOptions);
     // The parser takes them from the end.
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -57,6 +70,9 @@ int Run(std::vector<std::string> arguments) {
     }
     if (check->parsed()) {
         return RunCheck(checkOptions);
+    }
+    if (explain->parsed()) {
+        return RunExplain(explainOptions);
     }
     return plan->parsed() ? RunPlan(planOptions) : WrongUse;
 }

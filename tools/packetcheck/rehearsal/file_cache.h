@@ -4,6 +4,9 @@
 
 #include "rehearsal/inf_cache.h"
 
+#include <map>
+#include <optional>
+#include <set>
 #include <tuple>
 
 namespace rehearsal {
@@ -14,6 +17,8 @@ struct FileCache {
     // number by path, section and key.
     std::map<std::tuple<std::wstring, std::wstring, std::wstring, DWORD>, std::wstring> Texts;
     std::map<std::tuple<std::wstring, std::wstring, std::wstring>, UINT> Numbers;
+    // Which sections a profile file has, in capitals; nothing: any may be there.
+    std::map<std::wstring, std::optional<std::set<std::wstring>>> Sections;
 };
 
 } // namespace rehearsal

@@ -32,10 +32,45 @@ bool IsSettings(std::wstring_view path) {
     return EqualIgnoringCase(AfterLast(path, L'\\'), L"Setup.ini");
 }
 
+std::wstring TrimmedUpperCase(std::wstring_view name) {
+    const std::size_t begin = name.find_first_not_of(L" \t");
+    return begin == std::wstring_view::npos
+               ? std::wstring()
+               : UpperCase(name.substr(begin, name.find_last_not_of(L" \t") - begin + 1));
+}
+
+// Nothing when there are too many to list.
+std::optional<std::set<std::wstring>> SectionNames(const std::wstring& path) {
+    constexpr std::size_t Plenty = 16384;
+    std::wstring names(Plenty, L'\0');
+    names.resize(GetPrivateProfileSectionNamesW(names.data(), Plenty, path.c_str()));
+    if (names.size() + 2 >= Plenty) {
+        return std::nullopt;
+    }
+    std::set<std::wstring> result;
+    for (std::size_t begin = 0; begin < names.size();) {
+        const std::size_t end = std::min(names.find(L'\0', begin), names.size());
+        result.insert(TrimmedUpperCase(std::wstring_view(names).substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return result;
+}
+
+// Most sections that a run asks for are not there, and each question opens the file anew.
+bool MayHaveSection(Stage& stage, const std::wstring& path, std::wstring_view section) {
+    const auto [entry, isNew] = stage.Files().Sections.try_emplace(path);
+    if (isNew) {
+        entry->second = SectionNames(path);
+    }
+    return !entry->second || entry->second->count(TrimmedUpperCase(section)) != 0;
+}
+
 std::wstring ReadText(Stage& stage, const wchar_t* section, const wchar_t* key,
                       const wchar_t* otherwise, DWORD size, const std::wstring& path) {
     const auto [entry, isNew] = stage.Files().Texts.try_emplace({path, section, key, size});
-    if (isNew) {
+    if (isNew && !MayHaveSection(stage, path, section)) {
+        entry->second = otherwise;
+    } else if (isNew) {
         std::wstring buffer(size, L'\0');
         GetPrivateProfileStringW(section, key, otherwise, buffer.data(), size, path.c_str());
         entry->second = buffer.c_str();
@@ -47,7 +82,9 @@ UINT ReadNumber(Stage& stage, const wchar_t* section, const wchar_t* key, INT ot
                 const std::wstring& path) {
     const auto [entry, isNew] = stage.Files().Numbers.try_emplace({path, section, key});
     if (isNew) {
-        entry->second = GetPrivateProfileIntW(section, key, otherwise, path.c_str());
+        entry->second = MayHaveSection(stage, path, section)
+                            ? GetPrivateProfileIntW(section, key, otherwise, path.c_str())
+                            : static_cast<UINT>(otherwise);
     }
     return entry->second;
 }

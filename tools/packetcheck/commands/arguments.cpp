@@ -2,6 +2,7 @@
 
 #include "commands/check_command.h"
 #include "commands/explain_command.h"
+#include "commands/new_command.h"
 #include "commands/plan_command.h"
 #include "output/terminal.h"
 
@@ -47,6 +48,25 @@ CLI::App* AddExplain(CLI::App& app, ExplainOptions& options) {
     return explain;
 }
 
+CLI::App* AddNew(CLI::App& app, NewOptions& options) {
+    CLI::App* const create = app.add_subcommand("new", "Write a packet to begin with");
+    create->add_option("folder", options.Folder, "Folder to write it into, new or empty")
+        ->required();
+    create->add_option("--device", options.Device, "USB vendor and product, like 1234:5678")
+        ->required();
+    create
+        ->add_option("--function", options.Functions,
+                     "class of a function, and its name: Ports, Modem:\"Data modem\"; one for each")
+        ->required();
+    create->add_option("--storage", options.Storage,
+                       "a CD-ROM before its switch: \"VENDOR,PRODUCT,REV\"");
+    create->add_option("--scsi", options.ScsiCommand,
+                       "the command that switches it: 11,06,20,00,00,01");
+    create->add_option("--generation", options.Generations,
+                       "WIN10, WIN7, VISTA, WINXP; all of them unless given");
+    return create;
+}
+
 } // namespace
 
 int Run(std::vector<std::string> arguments) {
@@ -58,9 +78,11 @@ int Run(std::vector<std::string> arguments) {
     PlanOptions planOptions;
     CheckOptions checkOptions;
     ExplainOptions explainOptions;
+    NewOptions newOptions;
     const CLI::App* const check = AddCheck(app, checkOptions);
     const CLI::App* const plan = AddPlan(app, planOptions);
     const CLI::App* const explain = AddExplain(app, explainOptions);
+    const CLI::App* const create = AddNew(app, newOptions);
     // The parser takes them from the end.
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -70,6 +92,9 @@ int Run(std::vector<std::string> arguments) {
     }
     if (check->parsed()) {
         return RunCheck(checkOptions);
+    }
+    if (create->parsed()) {
+        return RunNew(newOptions);
     }
     if (explain->parsed()) {
         return RunExplain(explainOptions);

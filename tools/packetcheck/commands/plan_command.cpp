@@ -3,6 +3,7 @@
 #include "commands/arguments.h"
 #include "commands/packet_folders.h"
 #include "output/files.h"
+#include "output/plan_html.h"
 #include "output/plan_json.h"
 #include "output/plan_text.h"
 #include "output/terminal.h"
@@ -33,6 +34,9 @@ int RunPlan(const PlanOptions& options) {
     const std::vector<plan::Plan> plans = PlansOf(options);
     if (!options.JsonFile.empty()) {
         output::WriteFile(Wide(options.JsonFile), output::PlanJson(plans));
+    }
+    if (!options.HtmlFile.empty()) {
+        output::WriteFile(Wide(options.HtmlFile), output::PlanHtml(plans));
     }
     if (options.JsonFile.empty() && options.HtmlFile.empty()) {
         for (const plan::Plan& plan : plans) {

@@ -1,5 +1,6 @@
 #include "output/plan_text.h"
 
+#include "output/plan_words.h"
 #include "output/terminal.h"
 #include "output/utf8.h"
 
@@ -41,65 +42,20 @@ std::string Table(const std::vector<std::vector<std::string>>& rows) {
     return text;
 }
 
-std::string Duration(std::uint64_t seconds) {
-    constexpr std::uint64_t Minute = 60;
-    constexpr std::uint64_t Hour = 3600;
-    if (seconds < 2 * Minute) {
-        return std::to_string(seconds) + " s";
-    }
-    return seconds < 2 * Hour ? std::to_string(seconds / Minute) + " min " +
-                                    std::to_string(seconds % Minute) + " s"
-                              : std::to_string(seconds / Hour) + " h " +
-                                    std::to_string(seconds % Hour / Minute) + " min";
-}
-
-std::uint64_t WaitSeconds(const plan::Run& run) {
-    std::uint64_t milliseconds = 0;
-    for (const plan::Wait& wait : run.Waits) {
-        milliseconds += wait.Milliseconds;
-    }
-    return milliseconds / 1000;
-}
-
 std::string Verdict(const plan::Run& run) {
-    switch (run.End) {
-    case plan::Outcome::Success:
-        return In(Colour::Green, "succeeds");
-    case plan::Outcome::Failure:
-        return In(Colour::Red, "fails") + ": " + Utf8(run.Reason);
-    case plan::Outcome::ProcessEnds:
-        return In(Colour::Red, "ends the process on the spot") +
-               " (status 0xC0000417); last line: " + Utf8(run.Reason);
-    case plan::Outcome::Endless:
-        return In(Colour::Red, "goes on for ever") + ": " + Utf8(run.Reason);
-    }
-    return {};
+    const bool isGood = run.End == plan::Outcome::Success;
+    return In(isGood ? Colour::Green : Colour::Red, OutcomeWord(run)) + OutcomeReason(run);
 }
 
 std::string Title(const plan::Plan& plan) {
-    const std::string what = plan.IsInstall ? "Setup.exe -i" : "Setup.exe -u";
-    std::string text = In(Colour::Bold, what + " on " + Utf8(plan.Generation)) +
+    std::string text = In(Colour::Bold, CommandOf(plan) + " on " + Utf8(plan.Generation)) +
                        ", packet folder " + Utf8(plan.Folder) + ", " +
                        std::to_string(plan.Staging.size()) + " INF files";
     if (plan.IsInstall) {
         text += ", MODE " + std::to_string(plan.Mode);
     }
-    text += "\nWith the device plugged in and all its functions arriving, the run " +
-            Verdict(plan.Main) + "\nIt waits " + Duration(WaitSeconds(plan.Main)) + "; ";
-    return text +
-           (plan.WorstCaseSeconds ? "at worst " + Duration(*plan.WorstCaseSeconds)
-                                  : std::string("nothing bounds it when a function is "
-                                                "missing (MAXCYCLE)")) +
-           ", without the time that Windows itself takes\n";
-}
-
-std::string ClassText(const plan::Inf& inf) {
-    if (!inf.Readable) {
-        return "cannot be read: last";
-    }
-    const std::string rank = std::to_string(inf.Rank);
-    return inf.ClassName.empty() ? "no class: place " + rank
-                                 : "class " + Utf8(inf.ClassName) + ": place " + rank;
+    return text + "\nWith the device plugged in and all its functions arriving, the run " +
+           Verdict(plan.Main) + "\n" + WaitsText(plan) + "\n";
 }
 
 std::string InfsText(const plan::Plan& plan) {
@@ -128,10 +84,8 @@ std::string PairsText(const plan::Plan& plan) {
 std::string CountsText(const plan::Plan& plan) {
     std::vector<std::vector<std::string>> rows;
     for (const plan::Expected& expected : plan.ExpectedCounts) {
-        const bool reachable = expected.Possible >= expected.Functions;
-        rows.push_back(
-            {Utf8(expected.BaseId), std::to_string(expected.Functions) + " expected",
-             reachable ? "" : "only " + std::to_string(expected.Possible) + " can ever arrive"});
+        rows.push_back({Utf8(expected.BaseId), std::to_string(expected.Functions) + " expected",
+                        CountWarning(expected)});
     }
     return Heading("Functions that the matching waits for") + Table(rows);
 }

@@ -45,8 +45,7 @@ TEST_CASE("A file that is missing is logged, and the result stays true") {
 TEST_CASE("A read-only file is deleted") {
     Machine m;
     m.WriteBytes(Drivers + L"modem.sys", "x");
-    REQUIRE(SetFileAttributesW(m.RealPath(Drivers + L"modem.sys").c_str(),
-                               FILE_ATTRIBUTE_READONLY) != FALSE);
+    m.SetAttributes(Drivers + L"modem.sys", FILE_ATTRIBUTE_READONLY);
     DeleteFileWithLog(Drivers + L"modem.sys");
     CHECK(m.Log() == Lines{Line("modem.sys", " was deleted successfully")});
     CHECK_FALSE(m.Exists(Drivers + L"modem.sys"));

@@ -274,7 +274,7 @@ TEST_CASE("The number 4294967295 is the number -1, and so not set") {
 TEST_CASE("A number too large for any register still gives a number") {
     Machine m;
     m.WriteIni(L"[S]\r\nK=" + std::wstring(300, L'9') + L"\r\n");
-    const std::wstring path = m.RealPath(L"D:\\Packet\\Setup.ini");
+    const std::wstring path = m.RealCopy(L"D:\\Packet\\Setup.ini");
     const UINT system = GetPrivateProfileIntW(L"S", L"K", 0, path.c_str());
     CHECK(ReadConfigInt(L"S", L"K") == (system == 0xFFFFFFFF ? 0 : static_cast<INT>(system)));
 }

@@ -12,7 +12,8 @@ namespace machine {
 
 // Whether a call takes part in "the k-th call of all fails".
 enum class Counting {
-    Never,        // cannot fail: closing, sleeping, logging
+    Never,        // cannot fail: closing, logging
+    NeverFails,   // cannot fail either, but a run that does nothing else is ended
     Setting,      // reads settings; counts when the test says so
     InDestructor, // counts, but throws nothing: the program calls it while it unwinds
     Always,

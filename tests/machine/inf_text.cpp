@@ -1,5 +1,6 @@
 #include "machine/inf_text.h"
 
+#include "machine/real_copies.h"
 #include "machine/sandbox.h"
 #include "machine/text.h"
 
@@ -130,9 +131,8 @@ unsigned RankOf(const Device& device, const InfModel& model) {
 }
 
 FILETIME TimeOf(const State& state, const std::wstring& path) {
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    GetFileAttributesExW(RealPath(state, path).c_str(), GetFileExInfoStandard, &data);
-    return data.ftLastWriteTime;
+    const FileEntry* file = state.Files.Find(path);
+    return file == nullptr ? FILETIME{} : file->Written;
 }
 
 DriverEntry EntryFor(const State& state, const std::wstring& path, const InfContents& inf,
@@ -168,14 +168,22 @@ bool InfContents::Lists(const std::wstring& id) const {
 std::optional<InfContents> ReadInf(const State& state, const std::wstring& path) {
     // Most INFs are asked about again and again; the bytes tell whether one has changed.
     static std::map<std::string, std::optional<InfContents>> known;
-    const std::string bytes = ReadBytes(state, path);
+    const FileEntry* file = state.Files.Find(path);
+    if (file == nullptr || file->IsFolder()) {
+        return std::nullopt;
+    }
+    const std::string& bytes = file->Bytes;
     if (const auto found = known.find(bytes); found != known.end()) {
         return found->second;
     }
     std::optional<InfContents> result;
-    const InfHandle inf(RealPath(state, path));
+    const InfHandle inf(RealCopyOf(bytes));
     if (inf.Get() != INVALID_HANDLE_VALUE) {
         result = ReadContents(inf.Get());
+    }
+    constexpr std::size_t Many = 500;
+    if (known.size() > Many) {
+        known.clear();
     }
     known[bytes] = result;
     return result;
@@ -184,7 +192,7 @@ std::optional<InfContents> ReadInf(const State& state, const std::wstring& path)
 WideTexts InfsIn(const State& state, const std::wstring& folder) {
     WideTexts infs;
     DWORD error = 0;
-    for (const WIN32_FIND_DATAW& entry : ListReal(RealPath(state, folder + L"*.inf"), error)) {
+    for (const WIN32_FIND_DATAW& entry : state.Files.List(folder + L"*.inf", error)) {
         infs.push_back(folder + entry.cFileName);
     }
     return infs;

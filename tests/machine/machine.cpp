@@ -1,7 +1,7 @@
 #include "machine/machine.h"
 
 #include "machine/guarded_memory.h"
-#include "machine/inf_files.h"
+#include "machine/real_copies.h"
 #include "machine/sandbox.h"
 #include "machine/state.h"
 #include "machine/text.h"
@@ -90,7 +90,7 @@ void Machine::SetArchitecture(WORD architecture) {
 }
 void Machine::SetWindowsFolder(const std::wstring& path) {
     state_->WindowsFolder = path;
-    MakeFolders(*state_, path + L"\\INF");
+    state_->Files.MakeFolders(path + L"\\INF");
 }
 Variants& Machine::Windows() {
     return state_->Windows;
@@ -130,7 +130,7 @@ void Machine::WriteBytes(const std::wstring& path, std::string_view bytes) {
     machine::WriteBytes(*state_, path, bytes);
 }
 void Machine::MakeFolder(const std::wstring& path) {
-    MakeFolders(*state_, path);
+    state_->Files.MakeFolders(path);
 }
 void Machine::RemoveFile(const std::wstring& path) {
     machine::RemoveFile(*state_, path);
@@ -142,7 +142,7 @@ std::string Machine::ReadBytes(const std::wstring& path) const {
     return machine::ReadBytes(*state_, path);
 }
 WideTexts Machine::Files(const std::wstring& folder) const {
-    return FilesBelow(*state_, folder);
+    return state_->Files.FilesBelow(folder);
 }
 void Machine::LockFile(const std::wstring& path) {
     state_->LockedFiles.insert(Lower(path));
@@ -150,10 +150,15 @@ void Machine::LockFile(const std::wstring& path) {
 void Machine::SetListingOrder(const std::wstring& folder, const WideTexts& names) {
     state_->ListingOrders[Lower(folder.back() == L'\\' ? folder : folder + L"\\")] = names;
 }
-std::wstring Machine::RealPath(const std::wstring& path) const {
-    // Whoever asks may change what is there.
-    ForgetAllInfs();
-    return machine::RealPath(*state_, path);
+void Machine::SetAttributes(const std::wstring& path, DWORD attributes) {
+    FileEntry* file = state_->Files.Find(path);
+    if (file == nullptr) {
+        throw std::runtime_error("no file " + Utf8(path));
+    }
+    file->Attributes = attributes;
+}
+std::wstring Machine::RealCopy(const std::wstring& path) const {
+    return RealCopyOf(machine::ReadBytes(*state_, path));
 }
 
 Device& Machine::AddDevice(Device device) {
@@ -361,6 +366,12 @@ int Machine::Open(std::string_view kind) const {
 }
 const Lines& Machine::Misuses() const {
     return state_->Record.Misuses;
+}
+
+FILETIME TimeNow(const State& state) {
+    ULARGE_INTEGER time{};
+    time.QuadPart = state.StartTime + static_cast<ULONGLONG>(state.Threads.Clock()) * 10'000U;
+    return {time.LowPart, time.HighPart};
 }
 
 std::wstring SystemFolder(const State& state) {

@@ -1,9 +1,9 @@
 // The simulated Windows that the program's calls arrive at while a Machine lives. A test describes
 // it in a few lines, runs the program's own functions, and asks what happened.
 //
-// What is simulated: devices and their drivers, the INF store, services, the clock, threads'
-// waiting and messages, windows, the maker's two libraries. What stays real behind a sandbox:
-// files, profile files, the registry, the INF parser, thread objects.
+// What is simulated: files, devices and their drivers, the INF store, services, the clock, threads'
+// waiting and messages, windows, the maker's two libraries. What stays real: the reading of profile
+// files and INFs (on real copies), the registry (below a key of the test's own), thread objects.
 //
 // Texts that go into the machine are wide, as Windows has them; the journal is UTF-8.
 #pragma once
@@ -96,8 +96,10 @@ public:
     // The order in which the folder's listing gives these names (those not named follow). Without
     // it: alphabetical, the case ignored, as NTFS does it.
     void SetListingOrder(const std::wstring& folder, const WideTexts& names);
-    // Where the simulated path really is.
-    [[nodiscard]] std::wstring RealPath(const std::wstring& path) const;
+    // FILE_ATTRIBUTE_READONLY ... of a file that is there.
+    void SetAttributes(const std::wstring& path, DWORD attributes);
+    // A real file with the same content, to ask the real system about.
+    [[nodiscard]] std::wstring RealCopy(const std::wstring& path) const;
 
     // --- registry ("HKEY_LOCAL_MACHINE\\SOFTWARE\\X") --------------------------------------------
     void SetRegistryText(const std::wstring& key, const std::wstring& name,

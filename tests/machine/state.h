@@ -1,6 +1,7 @@
 // The machine's inside, shared by its facade and its hooks. Tests do not include this.
 #pragma once
 
+#include "machine/file_tree.h"
 #include "machine/handles.h"
 #include "machine/machine.h"
 #include "machine/scheduler.h"
@@ -79,10 +80,10 @@ struct State {
     std::uint64_t StartTime = 134'120'448'000'000'000ULL;
     Variants Windows = Variants::FromEnvironment();
 
-    std::wstring Sandbox;      // real folder, without a final backslash
+    FileTree Files;
     std::wstring RegistryRoot; // below HKEY_CURRENT_USER
+    bool RegistryUsed = false;
     std::set<std::wstring> LockedFiles;
-    std::set<std::wstring> HiddenFiles;
     std::map<std::wstring, WideTexts> ListingOrders;
 
     std::deque<Node> Nodes;
@@ -105,6 +106,8 @@ struct State {
 // The state of the living machine, or null: the program's static objects outlive every machine.
 State* Inside();
 
+// The calendar time.
+FILETIME TimeNow(const State& state);
 // "C:\\Windows\\System32".
 std::wstring SystemFolder(const State& state);
 Node* FindNode(State& state, std::wstring_view instanceId);

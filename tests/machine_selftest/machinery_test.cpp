@@ -88,6 +88,17 @@ TEST_CASE("Too much virtual time ends the run") {
     CHECK_THROWS_AS(fake_Sleep(2 * 3600 * 1000), StepBudgetExceeded);
 }
 
+TEST_CASE("A run that only sleeps for no time comes to an end") {
+    Machine m;
+    m.SetStepBudget(1000, std::chrono::hours(1));
+    const auto sleepForEver = [] {
+        for (;;) {
+            fake_Sleep(0);
+        }
+    };
+    CHECK_THROWS_AS(sleepForEver(), StepBudgetExceeded);
+}
+
 TEST_CASE("Threads meet through semaphores and messages") {
     Machine m;
     HANDLE ready = fake_CreateSemaphoreW(nullptr, 0, 1, L"Ready");

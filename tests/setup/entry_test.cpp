@@ -265,3 +265,33 @@ TEST_CASE("A rollback that fails changes nothing about the end of the run") {
     CHECK(ShownTexts(m) == Lines{"STR_INSTALL_FAIL"});
     CHECK(EndsInPauseAfter(m, Failed));
 }
+
+TEST_CASE("A run that makes too many calls is ended and reported, whatever it was just doing") {
+    std::int64_t budget = 0;
+    for (bool ended = true; ended; ++budget) {
+        REQUIRE(budget < 5000);
+        Machine m;
+        SetUpModem(m, L"[UI]\r\nNEEDUI=1\r\n[INSTALL]\r\nMODE=2\r\n");
+        m.SetStepBudget(budget, 24h);
+        try {
+            RunProgram(L"-i");
+            ended = false;
+        } catch (const StepBudgetExceeded& exceeded) {
+            CHECK(exceeded.Call != "");
+        } catch (const WaitNeverEnds&) {
+            // One of the other threads was ended, and the main thread waited for it.
+            CHECK(m.ThreadFailure() != "");
+        }
+        m.EndThreads();
+        CHECK(m.LeakSummary() == "");
+    }
+    CHECK(budget > 100);
+}
+
+TEST_CASE("A run that lets too much time pass is ended and reported") {
+    Machine m;
+    SetUpModem(m, L"[INSTALL]\r\nMODE=1\r\n[ENUM]\r\nSCSIRSPTIMEOUT=7200\r\n");
+    m.SetStepBudget(100'000, 1h);
+    CHECK_THROWS_AS(RunProgram(L"-i"), StepBudgetExceeded);
+    CHECK(m.LeakSummary() == "");
+}

@@ -1,6 +1,5 @@
 // Files, folders, and device interfaces opened as files.
 #include "machine/call.h"
-#include "machine/inf_files.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -20,22 +19,37 @@ struct OpenDevice {
     std::wstring Path;
 };
 
-// Wine forgets that a file is hidden, so the machine remembers it.
-DWORD AttributesOf(const State& state, const std::wstring& path) {
-    const DWORD attributes = GetFileAttributesW(RealPath(state, path).c_str());
-    const bool hidden =
-        attributes != INVALID_FILE_ATTRIBUTES && state.HiddenFiles.count(Lower(path)) != 0;
-    return hidden ? (attributes & ~DWORD{FILE_ATTRIBUTE_NORMAL}) | FILE_ATTRIBUTE_HIDDEN
-                  : attributes;
+// An open file.
+struct OpenFile {
+    std::wstring Path; // folded
+    DWORD Share = 0;
+};
+
+// What a caller may set of a file's attributes.
+constexpr DWORD Settable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                           FILE_ATTRIBUTE_ARCHIVE;
+
+// The entry, or the call's last error tells why there is none.
+FileEntry* EntryAt(Call& call, const std::wstring& path) {
+    FileTree& files = call.Inside().Files;
+    FileEntry* entry = files.Find(path);
+    return entry != nullptr ? entry
+                            : call.Fail(entry, path.empty() ? DWORD{ERROR_PATH_NOT_FOUND}
+                                                            : files.ErrorOfMissing(path));
 }
 
-BOOL SetAttributes(State& state, const std::wstring& path, DWORD attributes) {
-    const BOOL set = SetFileAttributesW(RealPath(state, path).c_str(), attributes);
-    state.HiddenFiles.erase(Lower(path));
-    if (set != FALSE && (attributes & FILE_ATTRIBUTE_HIDDEN) != 0) {
-        state.HiddenFiles.insert(Lower(path));
+// True when nobody has the file open who does not share it so.
+bool IsShared(State& state, const std::wstring& path, DWORD share) {
+    const std::wstring folded = FoldedPath(path);
+    for (const auto& [value, handle] : state.Handles.All()) {
+        if (handle.What == Kind::File) {
+            const auto& open = *static_cast<const OpenFile*>(handle.Object.get());
+            if (open.Path == folded && (open.Share & share) != share) {
+                return false;
+            }
+        }
     }
-    return set;
+    return true;
 }
 
 // The present device that offers the path as an interface.
@@ -66,15 +80,59 @@ HANDLE OpenInterface(Call& call, const std::wstring& path) {
         std::make_shared<OpenDevice>(OpenDevice{node->Description.InstanceId, path}));
 }
 
-HANDLE WINAPI HookCreateFileW(LPCWSTR path, DWORD access, DWORD share,
-                              LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
-                              HANDLE pattern) {
+// Neither is emptied or replaced by a copy.
+bool IsProtected(const FileEntry& entry) {
+    return (entry.Attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN)) != 0;
+}
+
+// 0 when the file may be opened or made in this way.
+DWORD OpeningError(State& state, const std::wstring& path, DWORD access, DWORD disposition) {
+    const FileEntry* entry = state.Files.Find(path);
+    const bool makes = disposition != OPEN_EXISTING && disposition != TRUNCATE_EXISTING;
+    if (entry == nullptr) {
+        const DWORD missing = state.Files.ErrorOfMissing(path);
+        return makes && missing == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : missing;
+    }
+    if (disposition == CREATE_NEW) {
+        return ERROR_FILE_EXISTS;
+    }
+    constexpr DWORD Writing = GENERIC_WRITE | GENERIC_ALL | FILE_WRITE_DATA;
+    const bool writes = (access & Writing) != 0;
+    if (entry->IsFolder() || (disposition == CREATE_ALWAYS && IsProtected(*entry)) ||
+        (writes && (entry->Attributes & FILE_ATTRIBUTE_READONLY) != 0)) {
+        return ERROR_ACCESS_DENIED;
+    }
+    return IsShared(state, path, writes ? FILE_SHARE_WRITE : FILE_SHARE_READ)
+               ? ERROR_SUCCESS
+               : ERROR_SHARING_VIOLATION;
+}
+
+HANDLE OpenPlainFile(Call& call, const std::wstring& path, DWORD share, DWORD disposition,
+                     DWORD attributes) {
+    State& state = call.Inside();
+    const bool existed = state.Files.Find(path) != nullptr;
+    FileEntry& entry = state.Files.Put(path);
+    if (!existed || disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING) {
+        entry.Bytes.clear();
+        entry.Written = TimeNow(state);
+    }
+    if (!existed || disposition == CREATE_ALWAYS) {
+        entry.Attributes = (attributes & Settable) | FILE_ATTRIBUTE_ARCHIVE;
+    }
+    HANDLE file = state.Handles.Open(Kind::File, nullptr,
+                                     std::make_shared<OpenFile>(OpenFile{FoldedPath(path), share}));
+    const bool tells = disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+    return call.Fail(file, existed && tells ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+}
+
+HANDLE WINAPI HookCreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES,
+                              DWORD disposition, DWORD flags, HANDLE) {
     Call call("CreateFileW", Counting::Always,
               {path, Hex(access), Hex(share), disposition, Hex(flags)});
     if (call.Fails()) {
         return INVALID_HANDLE_VALUE;
     }
-    if (path == nullptr) {
+    if (path == nullptr || *path == L'\0') {
         return call.Fail(INVALID_HANDLE_VALUE, ERROR_PATH_NOT_FOUND);
     }
     if (StartsWith(path, L"\\\\?\\") || StartsWith(path, L"\\\\.\\")) {
@@ -83,10 +141,9 @@ HANDLE WINAPI HookCreateFileW(LPCWSTR path, DWORD access, DWORD share,
     if (IsLocked(call.Inside(), path)) {
         return call.Fail(INVALID_HANDLE_VALUE, ERROR_SHARING_VIOLATION);
     }
-    ForgetInf(RealPath(call.Inside(), path));
-    HANDLE file = call.Real(CreateFileW(RealPath(call.Inside(), path).c_str(), access, share,
-                                        security, disposition, flags, pattern));
-    return file == INVALID_HANDLE_VALUE ? file : call.Inside().Handles.Open(Kind::File, file);
+    const DWORD error = OpeningError(call.Inside(), path, access, disposition);
+    return error != ERROR_SUCCESS ? call.Fail(INVALID_HANDLE_VALUE, error)
+                                  : OpenPlainFile(call, path, share, disposition, flags);
 }
 
 BOOL WINAPI HookDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize,
@@ -147,29 +204,32 @@ BOOL WINAPI HookCloseHandle(HANDLE handle) {
         Misuse(state, "CloseHandle on " + state.Handles.Name(handle));
         return call.Fail(FALSE, ERROR_INVALID_HANDLE);
     }
-    if (open->What == Kind::File) {
-        CloseHandle(open->Real);
-    }
     state.Handles.Close(handle);
     return TRUE;
 }
 
-// Neither is replaced by a copy.
-bool IsProtected(DWORD attributes) {
-    return attributes != INVALID_FILE_ATTRIBUTES &&
-           (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN)) != 0;
-}
-
-// A copy has its source's attributes.
-BOOL CopyReal(State& state, LPCWSTR source, LPCWSTR target, BOOL failIfExists) {
-    const std::wstring from = RealPath(state, source);
-    const std::wstring to = RealPath(state, target);
-    ForgetInf(to);
-    if (CopyFileW(from.c_str(), to.c_str(), failIfExists) == FALSE) {
-        return FALSE;
+// 0 when the source may be copied to the target.
+DWORD CopyError(State& state, const std::wstring& from, const std::wstring& to, bool failIfExists) {
+    const FileEntry* source = state.Files.Find(from);
+    if (source == nullptr) {
+        return state.Files.ErrorOfMissing(from);
     }
-    SetAttributes(state, target, AttributesOf(state, source));
-    return TRUE;
+    const FileEntry* target = state.Files.Find(to);
+    if (target == nullptr) {
+        const DWORD missing = state.Files.ErrorOfMissing(to);
+        return source->IsFolder()                ? ERROR_ACCESS_DENIED
+               : missing == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS
+                                                 : missing;
+    }
+    if (failIfExists && !target->IsFolder()) {
+        return ERROR_FILE_EXISTS;
+    }
+    if (source->IsFolder() || target->IsFolder() || IsProtected(*target)) {
+        return ERROR_ACCESS_DENIED;
+    }
+    const bool free = source != target && IsShared(state, to, FILE_SHARE_WRITE) &&
+                      IsShared(state, from, FILE_SHARE_READ);
+    return free ? ERROR_SUCCESS : ERROR_SHARING_VIOLATION;
 }
 
 BOOL WINAPI HookCopyFileW(LPCWSTR source, LPCWSTR target, BOOL failIfExists) {
@@ -177,17 +237,24 @@ BOOL WINAPI HookCopyFileW(LPCWSTR source, LPCWSTR target, BOOL failIfExists) {
     if (call.Fails()) {
         return FALSE;
     }
-    if (source == nullptr || target == nullptr) {
+    if (source == nullptr || target == nullptr || *source == L'\0' || *target == L'\0') {
         return call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
     }
-    if (IsLocked(call.Inside(), target)) {
+    State& state = call.Inside();
+    if (IsLocked(state, target)) {
         return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
     }
-    if (failIfExists == FALSE && Exists(call.Inside(), source) &&
-        IsProtected(AttributesOf(call.Inside(), target))) {
-        return call.Fail(FALSE, ERROR_ACCESS_DENIED);
+    const DWORD error = CopyError(state, source, target, failIfExists != FALSE);
+    if (error != ERROR_SUCCESS) {
+        return call.Fail(FALSE, error);
     }
-    return call.Real(CopyReal(call.Inside(), source, target, failIfExists));
+    FileEntry& copy = state.Files.Put(target);
+    const FileEntry& original = *state.Files.Find(source);
+    // With the source's time and attributes.
+    copy.Bytes = original.Bytes;
+    copy.Written = original.Written;
+    copy.Attributes = original.Attributes;
+    return TRUE;
 }
 
 BOOL WINAPI HookDeleteFileW(LPCWSTR path) {
@@ -198,26 +265,38 @@ BOOL WINAPI HookDeleteFileW(LPCWSTR path) {
     if (path == nullptr) {
         return call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
     }
-    if (IsLocked(call.Inside(), path)) {
+    State& state = call.Inside();
+    if (IsLocked(state, path)) {
         return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
     }
-    const std::wstring real = RealPath(call.Inside(), path);
-    ForgetInf(real);
-    const DWORD attributes = GetFileAttributesW(real.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES &&
-        (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) != 0) {
+    const FileEntry* entry = EntryAt(call, path);
+    if (entry == nullptr) {
+        return FALSE;
+    }
+    if (entry->IsFolder() || (entry->Attributes & FILE_ATTRIBUTE_READONLY) != 0) {
         return call.Fail(FALSE, ERROR_ACCESS_DENIED);
     }
-    call.Inside().HiddenFiles.erase(Lower(path));
-    return call.Real(DeleteFileW(real.c_str()));
+    if (!IsShared(state, path, FILE_SHARE_DELETE)) {
+        return call.Fail(FALSE, ERROR_SHARING_VIOLATION);
+    }
+    state.Files.Erase(path);
+    return TRUE;
 }
 
-BOOL WINAPI HookCreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {
+BOOL WINAPI HookCreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
     Call call("CreateDirectoryW", Counting::Always, {path});
-    if (call.Fails() || path == nullptr) {
+    if (call.Fails() || path == nullptr || *path == L'\0') {
         return call.Fails() ? FALSE : call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
     }
-    return call.Real(CreateDirectoryW(RealPath(call.Inside(), path).c_str(), security));
+    FileTree& files = call.Inside().Files;
+    if (files.Find(path) != nullptr) {
+        return call.Fail(FALSE, ERROR_ALREADY_EXISTS);
+    }
+    if (const DWORD missing = files.ErrorOfMissing(path); missing != ERROR_FILE_NOT_FOUND) {
+        return call.Fail(FALSE, missing);
+    }
+    files.Put(path).Attributes = FILE_ATTRIBUTE_DIRECTORY;
+    return TRUE;
 }
 
 DWORD WINAPI HookGetFileAttributesW(LPCWSTR path) {
@@ -226,7 +305,8 @@ DWORD WINAPI HookGetFileAttributesW(LPCWSTR path) {
         return call.Fails() ? INVALID_FILE_ATTRIBUTES
                             : call.Fail(INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND);
     }
-    return call.Real(AttributesOf(call.Inside(), path));
+    const FileEntry* entry = EntryAt(call, path);
+    return entry == nullptr ? INVALID_FILE_ATTRIBUTES : entry->Attributes;
 }
 
 BOOL WINAPI HookSetFileAttributesW(LPCWSTR path, DWORD attributes) {
@@ -234,7 +314,14 @@ BOOL WINAPI HookSetFileAttributesW(LPCWSTR path, DWORD attributes) {
     if (call.Fails() || path == nullptr) {
         return call.Fails() ? FALSE : call.Fail(FALSE, ERROR_PATH_NOT_FOUND);
     }
-    return call.Real(SetAttributes(call.Inside(), path, attributes));
+    FileEntry* entry = EntryAt(call, path);
+    if (entry == nullptr) {
+        return FALSE;
+    }
+    const DWORD kind = entry->Attributes & FILE_ATTRIBUTE_DIRECTORY;
+    const DWORD set = (attributes & Settable) | kind;
+    entry->Attributes = set == 0 ? FILE_ATTRIBUTE_NORMAL : set;
+    return TRUE;
 }
 
 // Brings the entries that the test ordered to the front.
@@ -264,7 +351,7 @@ HANDLE WINAPI HookFindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
     }
     auto listing = std::make_shared<Listing>();
     DWORD error = 0;
-    listing->Entries = ListReal(RealPath(call.Inside(), pattern), error);
+    listing->Entries = call.Inside().Files.List(pattern, error);
     if (listing->Entries.empty()) {
         return call.Fail(INVALID_HANDLE_VALUE, error);
     }

@@ -1,6 +1,6 @@
 // The INF parser: the system's own, on the sandbox's files.
 #include "machine/call.h"
-#include "machine/inf_files.h"
+#include "machine/real_copies.h"
 #include "machine/sandbox.h"
 
 namespace {
@@ -21,6 +21,15 @@ bool IsOfOpenInf(State& state, const INFCONTEXT* line) {
 // What the parser answered, with the last error that goes with it.
 BOOL Answer(Call& call, BOOL answer) {
     return answer != FALSE ? call.Succeed(answer) : call.Real(answer);
+}
+
+// 0 when the file can be read.
+DWORD ReadingError(const State& state, const std::wstring& path) {
+    const FileEntry* file = state.Files.Find(path);
+    if (file == nullptr) {
+        return state.Files.ErrorOfMissing(path);
+    }
+    return file->IsFolder() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
 // A text without any section is no INF. Wine takes it for one with a mistake in its first line.
@@ -48,7 +57,10 @@ BOOL WINAPI HookSetupGetInfInformationW(LPCVOID path, DWORD control, PSP_INF_INF
         Misuse(call.Inside(), "SetupGetInfInformationW with a search control the machine lacks");
         return call.Fail(FALSE, ERROR_INVALID_PARAMETER);
     }
-    const BOOL told = InfInformation(RealPath(call.Inside(), name), result, size, needed);
+    if (const DWORD error = ReadingError(call.Inside(), name); error != ERROR_SUCCESS) {
+        return call.Fail(FALSE, error);
+    }
+    const BOOL told = InfInformation(ReadBytes(call.Inside(), name), result, size, needed);
     if (told == FALSE) {
         CorrectRefusal(call.Inside(), name, nullptr);
     }
@@ -63,7 +75,10 @@ HINF WINAPI HookSetupOpenInfFileW(PCWSTR path, PCWSTR infClass, DWORD style, PUI
     if (path == nullptr) {
         return call.Fail(INVALID_HANDLE_VALUE, ERROR_INVALID_PARAMETER);
     }
-    HINF inf = OpenInf(RealPath(call.Inside(), path), infClass, style, errorLine);
+    if (const DWORD error = ReadingError(call.Inside(), path); error != ERROR_SUCCESS) {
+        return call.Fail(INVALID_HANDLE_VALUE, error);
+    }
+    HINF inf = OpenInf(ReadBytes(call.Inside(), path), infClass, style, errorLine);
     if (inf == INVALID_HANDLE_VALUE) {
         CorrectRefusal(call.Inside(), path, errorLine);
     }

@@ -1,6 +1,7 @@
 // What the program reads its settings from: the kernel file's version resource and profile files.
 #include "machine/call.h"
 #include "machine/hooks/library_functions.h"
+#include "machine/real_copies.h"
 #include "machine/sandbox.h"
 
 #include <algorithm>
@@ -87,8 +88,7 @@ DWORD WINAPI HookGetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR 
         return static_cast<DWORD>(length);
     }
     // The last error is not touched, whether the key is there or not.
-    return GetPrivateProfileStringW(section, key, otherwise, buffer, size,
-                                    RealPath(call.Inside(), file).c_str());
+    return ProfileText(ReadBytes(call.Inside(), file), section, key, otherwise, buffer, size);
 }
 
 UINT WINAPI HookGetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, INT otherwise, LPCWSTR file) {
@@ -96,7 +96,7 @@ UINT WINAPI HookGetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, INT otherwis
     if (call.Fails() || file == nullptr) {
         return static_cast<UINT>(otherwise);
     }
-    return GetPrivateProfileIntW(section, key, otherwise, RealPath(call.Inside(), file).c_str());
+    return ProfileNumber(ReadBytes(call.Inside(), file), section, key, otherwise);
 }
 
 } // namespace

@@ -9,21 +9,15 @@ namespace {
 using namespace machine;
 
 void WINAPI HookSleep(DWORD milliseconds) {
-    Call call("Sleep", Counting::Never, {milliseconds});
+    Call call("Sleep", Counting::NeverFails, {milliseconds});
     if (!call.Fails()) {
         call.Inside().Threads.Sleep("Sleep", milliseconds);
     }
 }
 
 void WINAPI HookGetSystemTimeAsFileTime(LPFILETIME time) {
-    Call call("GetSystemTimeAsFileTime", Counting::Never, {}, Telling::Aside);
-    std::uint64_t now = 0;
-    if (!call.Fails()) {
-        const State& state = call.Inside();
-        now = state.StartTime + static_cast<std::uint64_t>(state.Threads.Clock()) * 10'000U;
-    }
-    time->dwLowDateTime = static_cast<DWORD>(now);
-    time->dwHighDateTime = static_cast<DWORD>(now >> 32U);
+    Call call("GetSystemTimeAsFileTime", Counting::NeverFails, {}, Telling::Aside);
+    *time = call.Fails() ? FILETIME{} : TimeNow(call.Inside());
 }
 
 DWORD WINAPI HookGetTickCount() {

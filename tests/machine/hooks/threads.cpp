@@ -218,7 +218,7 @@ BOOL WINAPI HookGetMessageW(LPMSG message, HWND window, UINT first, UINT last) {
 }
 
 BOOL WINAPI HookPeekMessageW(LPMSG message, HWND window, UINT first, UINT last, UINT remove) {
-    Call call("PeekMessageW", Counting::Never, {Buffer(window), first, last, remove});
+    Call call("PeekMessageW", Counting::NeverFails, {Buffer(window), first, last, remove});
     if (call.Fails()) {
         return FALSE;
     }
@@ -237,7 +237,7 @@ BOOL WINAPI HookPeekMessageW(LPMSG message, HWND window, UINT first, UINT last, 
 
 // The machine's threads have no windows; what is dispatched is only told.
 LRESULT WINAPI HookDispatchMessageW(const MSG* message) {
-    const Call call("DispatchMessageW", Counting::Never, {message->message});
+    const Call call("DispatchMessageW", Counting::NeverFails, {message->message});
     return 0;
 }
 

@@ -11,7 +11,9 @@ cmake_path(GET CMAKE_BINARY_DIR FILENAME tree)
 # Thousands of runs each: every case of these files has an entry of its own, so that the cores share them.
 set(long_files
     torture/program_test.cpp
+    torture/random_failures_test.cpp
     torture/update_install_test.cpp
+    torture/whole_packet_test.cpp
     install/staging/staging_threads_repeated_test.cpp)
 # Runs that only look for crashes and leaks show no text to be right, and the companions log nothing.
 set(rooms_without_log_texts torture companions)

@@ -62,14 +62,29 @@ Call::Call(const char* function, Counting counting, std::initializer_list<Argume
     }
 }
 
+DWORD RandomFailures::Next() {
+    if (PerMille == 0) {
+        return 0;
+    }
+    const auto draw = [this] {
+        Random = Random * 1664525U + 1013904223U;
+        return Random >> 16U;
+    };
+    const unsigned chance = draw() % 1000;
+    const unsigned choice = draw();
+    return chance < PerMille ? Errors.at(choice % Errors.size()) : 0;
+}
+
 void Call::CountAndDecide(Counting counting) {
     Recording& record = state_->Record;
     const bool counts = counting == Counting::Always || counting == Counting::InDestructor ||
                         (counting == Counting::Setting && record.SettingsCount);
     if (counts) {
-        if (++record.Counted == record.FailAt) {
-            record.Failed = function_;
-            fault_ = record.FailWith;
+        const auto ordered = record.FailAt.find(++record.Counted);
+        const DWORD chance = record.Chance.Next();
+        fault_ = ordered != record.FailAt.end() ? ordered->second : chance;
+        if (fault_ != 0) {
+            record.Failed.emplace_back(function_);
         }
     }
     for (const OrderedFailure& fault : record.Faults) {

@@ -13,6 +13,7 @@ namespace {
 
 std::atomic<bool> guarding{false};
 std::atomic<int> failingNothrow{0};
+std::atomic<int> guardedOneIn{1};
 thread_local int unguarded = 0;
 
 } // namespace
@@ -28,6 +29,11 @@ UnguardedScope::~UnguardedScope() {
 
 void GuardMemory(bool guard) {
     guarding = guard;
+    guardedOneIn = 1;
+}
+
+void GuardOneIn(int blocks) {
+    guardedOneIn = blocks;
 }
 
 void FailNothrowNew(int k) {
@@ -74,10 +80,16 @@ bool IsGuarded(const void* memory) {
     return start != 0 && address >= start && address < start + ArenaSize;
 }
 
+// True for those of the blocks that have their turn. The count goes on from run to run.
+bool HasItsTurn() {
+    static std::atomic<int> blocks{0};
+    return ++blocks % guardedOneIn == 0;
+}
+
 // Null when the block should be an ordinary one.
 void* AllocateGuarded(std::size_t size) {
     if (!guarding || unguarded != 0 || size > LargestGuarded || Arena() == nullptr ||
-        alive >= MostAtATime) {
+        alive >= MostAtATime || !HasItsTurn()) {
         return nullptr;
     }
     const std::size_t room = RoundUp(size, Alignment);

@@ -176,6 +176,13 @@ Device& Machine::At(const std::wstring& instanceId) {
     }
     return node->Description;
 }
+const Device& Machine::At(const std::wstring& instanceId) const {
+    const Node* node = FindNode(*state_, instanceId);
+    if (node == nullptr) {
+        throw std::runtime_error("no device " + Utf8(instanceId));
+    }
+    return node->Description;
+}
 bool Machine::HasDevice(const std::wstring& instanceId) const {
     const Node* node = FindNode(*state_, instanceId);
     return node != nullptr && !node->Description.Removed;
@@ -337,8 +344,10 @@ void Machine::FailCallsFrom(const std::string& function, int k, DWORD error) {
     state_->Record.Faults.push_back({function, k, true, error});
 }
 void Machine::FailAnyCall(int k, DWORD error) {
-    state_->Record.FailAt = k;
-    state_->Record.FailWith = error;
+    state_->Record.FailAt[k] = error;
+}
+void Machine::FailCallsAtRandom(unsigned seed, unsigned perMille, std::vector<DWORD> errors) {
+    state_->Record.Chance = {seed, perMille, std::move(errors)};
 }
 void Machine::CountSettingsToo() {
     state_->Record.SettingsCount = true;
@@ -347,6 +356,9 @@ int Machine::CountedCalls() const {
     return state_->Record.Counted;
 }
 std::string Machine::FailedCall() const {
+    return state_->Record.Failed.empty() ? std::string() : state_->Record.Failed.front();
+}
+const Lines& Machine::FailedCalls() const {
     return state_->Record.Failed;
 }
 void Machine::SetStepBudget(std::int64_t calls, std::chrono::hours virtualTime) {

@@ -119,6 +119,7 @@ public:
     Device& AddDevice(Device device);
     // The device, case of its instance ID ignored; ends the test when there is none.
     Device& At(const std::wstring& instanceId);
+    [[nodiscard]] const Device& At(const std::wstring& instanceId) const;
     [[nodiscard]] bool HasDevice(const std::wstring& instanceId) const;
     // Plug and unplug now.
     void Arrive(const std::wstring& instanceId);
@@ -227,12 +228,16 @@ public:
     void FailCallsFrom(const std::string& function, int k, DWORD error);
     // The k-th of all calls that can fail. Closing, sleeping, logging and asking for ids cannot;
     // the reading of settings counts only when told so.
-    void FailAnyCall(int k, DWORD error);
+    void FailAnyCall(int k, DWORD error); // may be said for several
+    // Each of all calls that can fail does so with a chance of so many in a thousand and one of the
+    // errors; the same ones for the same seed.
+    void FailCallsAtRandom(unsigned seed, unsigned perMille, std::vector<DWORD> errors);
     void CountSettingsToo();
     // Calls that can fail, so far.
     [[nodiscard]] int CountedCalls() const;
-    // The one that FailAnyCall hit; empty when the run was shorter.
+    // The function whose call these hit first, empty when the run was shorter; all of them.
     [[nodiscard]] std::string FailedCall() const;
+    [[nodiscard]] const Lines& FailedCalls() const;
     void SetStepBudget(std::int64_t calls, std::chrono::hours virtualTime);
 
     // --- what is left over ----------------------------------------------------------------------

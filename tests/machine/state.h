@@ -26,14 +26,24 @@ struct OrderedFailure {
     DWORD Error = 0;
 };
 
+// Failures of counted calls by chance.
+struct RandomFailures {
+    unsigned Random = 0;
+    unsigned PerMille = 0;
+    std::vector<DWORD> Errors;
+
+    // The error of the next call, 0 for none.
+    DWORD Next();
+};
+
 // What the journal and the injected failures keep.
 struct Recording {
     std::vector<Entry> Entries;
     std::map<std::string, int, std::less<>> CallCounts;
     std::vector<OrderedFailure> Faults;
-    int FailAt = 0; // k-th counted call, 0 = none
-    DWORD FailWith = 0;
-    std::string Failed;
+    std::map<int, DWORD> FailAt; // errors of counted calls
+    RandomFailures Chance;
+    Lines Failed;
     int Counted = 0;
     bool SettingsCount = false;
     std::int64_t Steps = 0;

@@ -46,7 +46,7 @@ void CheckRun(const Machine& m, int result) {
     CHECK_FALSE((complete && m.Logged("Setup: Setup process fail,begin rollback...")));
 }
 
-Road InstallRoad(const char* name, const wchar_t* mode) {
+Scenario InstallScenario(const char* name, const wchar_t* mode) {
     return {.Name = name,
             .Describe = [mode](Machine& m) { Describe(m, mode); },
             .Run = [] { return Start(L"-i"); },
@@ -57,15 +57,15 @@ Road InstallRoad(const char* name, const wchar_t* mode) {
 } // namespace
 
 TEST_CASE("An install run that stages survives every failing call") {
-    FailEachCall(InstallRoad("-i, mode 0", L"0"));
+    FailEachCall(InstallScenario("-i, mode 0", L"0"));
 }
 
 TEST_CASE("A direct install run survives every failing call") {
-    FailEachCall(InstallRoad("-i, mode 1", L"1"));
+    FailEachCall(InstallScenario("-i, mode 1", L"1"));
 }
 
 TEST_CASE("An install run that stages and may fall back survives every failing call") {
-    FailEachCall(InstallRoad("-i, mode 2", L"2"));
+    FailEachCall(InstallScenario("-i, mode 2", L"2"));
 }
 
 TEST_CASE("An uninstall run survives every failing call") {

@@ -1,5 +1,6 @@
 """The progress window, looked at."""
 
+import concurrent.futures
 import pathlib
 import subprocess
 from collections.abc import Iterable
@@ -13,7 +14,10 @@ Edges = tuple[int, int, int, int]
 Look = tuple[Edges, Edges, frozenset[tuple[int, int]]]
 
 WIDTH, HEIGHT = 1024, 768
+# Points per inch: as it was designed, and at 200 %.
+PLAIN, LARGE = 96, 192
 LANGUAGE = "3,%s,Software\\Omdrel,Language,,1,HKEY_CURRENT_USER"
+SCREEN = "HKEY_CURRENT_USER\\Control Panel\\Desktop"
 SETTINGS = _scenario.changed(_scenario.NO_SWITCH, {
     "UI": {"NEEDUI": 1}, "USERLANG": {"LOCATION": LANGUAGE}, "INSTALL": {"MODE": 3}})
 
@@ -21,6 +25,11 @@ SETTINGS = _scenario.changed(_scenario.NO_SWITCH, {
 def bounds(points: Iterable[tuple[int, int]]) -> Edges:
     columns, rows = [x for x, _ in points], [y for _, y in points]
     return min(columns), min(rows), max(columns), max(rows)
+
+
+def width(edges: Edges) -> int:
+    """From the left to the right edge."""
+    return edges[2] - edges[0] + 1
 
 
 def look_at(picture: pathlib.Path) -> Look:
@@ -37,10 +46,12 @@ def look_at(picture: pathlib.Path) -> Look:
     return window, bounds(dark), frozenset(dark)
 
 
-def picture_in(language: str) -> Look:
+def picture_in(language: str, resolution: int) -> Look:
+    """The window of a run on a machine with this language and resolution."""
     with _scenario.plugged("demo", SETTINGS, screen=True) as on:
         on.place(layout.BUILD / "Lang.ini")
-        on.seed("[HKEY_CURRENT_USER\\Software\\Omdrel]\n" f'"Language"="{language}"\n')
+        on.seed("[HKEY_CURRENT_USER\\Software\\Omdrel]\n" f'"Language"="{language}"\n'
+                f'[{SCREEN}]\n"LogPixels"=dword:{resolution:08x}\n')
         picture = on.folder / "window.png"
 
         def shoot(_, process):
@@ -55,16 +66,21 @@ def picture_in(language: str) -> Look:
 
 
 def test_window():
-    """The window shows a text in English and in Arabic, inside its frame and not the same."""
-    pictures = {}
-    for language in ("EN", "AR"):
-        window, text, points = picture_in(language)
+    """The window shows a text in English and in Arabic, inside its frame and not the same; and at
+    200 % it is twice as large, with its text."""
+    wanted = [("EN", PLAIN), ("AR", PLAIN), ("EN", LARGE)]
+    with concurrent.futures.ThreadPoolExecutor(len(wanted)) as pool:
+        looks = dict(zip(wanted, pool.map(lambda look: picture_in(*look), wanted)))
+    for what, (window, text, _) in looks.items():
         left, top, right, bottom = window
-        _check.equal(f"the window of {language} is in the middle of the screen",
+        _check.equal(f"the window of {what} is in the middle of the screen",
                      (abs(left + right + 1 - WIDTH) < 4, abs(top + bottom + 1 - HEIGHT) < 4),
                      (True, True), [window])
         # look_at() counts from the window's corner and leaves the border out.
-        assert text[0] > 8 and text[1] > 8, (language, text)
-        assert text[2] < right - left - 8 and text[3] < bottom - top - 8, (language, text, window)
-        pictures[language] = points
-    assert pictures["EN"] != pictures["AR"], "both languages show the same text"
+        assert text[0] > 8 and text[1] > 8, (what, text)
+        assert text[2] < right - left - 8 and text[3] < bottom - top - 8, (what, text, window)
+    assert looks["EN", PLAIN][2] != looks["AR", PLAIN][2], "both languages show the same text"
+    plain, large = looks["EN", PLAIN], looks["EN", LARGE]
+    for small_edges, large_edges in zip(plain[:2], large[:2]):
+        ratio = width(large_edges) / width(small_edges)
+        assert 1.7 < ratio < 2.2, f"at 200 % {small_edges} becomes {large_edges}"

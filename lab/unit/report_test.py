@@ -86,6 +86,7 @@ class Pages(unittest.TestCase):
         self.assertIn("3 of 5 judged runs on 2 Windows generations are as they should be; "
                       "1 failed; 1 left doubts.", self.page.text)
         self.assertIn("Not passed", self.page.text)
+        self.assertIn(f"{NASTY} (WIN7)", self.page.text)
         self.assertIn("1 min 23 s", self.page.text)
 
     def test_a_green_certificate_says_so(self):

@@ -90,7 +90,8 @@ def _summary(title: str, judged: list[Judged], made: Made) -> Markup:
         if one.verdict.colour > Colour.GREEN:
             for reason in one.verdict.reasons:
                 faults[reason].append(one)
-    listed = [element("li", reason, " ", *[_chip(one, one.finding.generation) for one in where])
+    listed = [element("li", reason, f" ({_on(where)}) ",
+                      *[_chip(one, one.finding.generation) for one in where])
               for reason, where in faults.items()]
     return element(
         "section", element("h1", title),
@@ -103,6 +104,12 @@ def _summary(title: str, judged: list[Judged], made: Made) -> Markup:
                      "Windows adds to this is not shown here.",
                 class_="soft"),
         class_=f"card summary {colour.word}")
+
+
+def _on(some: list[Judged]) -> str:
+    """The generations of some findings, in the order of the table."""
+    found = {one.finding.generation for one in some}
+    return ", ".join(name for name in _GENERATIONS if name in found)
 
 
 def _pictures(judged: list[Judged]) -> Markup:

@@ -58,9 +58,10 @@ def _add_switch(parser: argparse.ArgumentParser) -> None:
     switch.add_argument("-u", "--uninstall", dest="switch", action="store_const", const="-u")
 
 
-def _parser() -> argparse.ArgumentParser:
-    parser = argparse.ArgumentParser(prog="lab/machine", description=_DESCRIPTION)
-    added = parser.add_subparsers(required=True, metavar="command")
+def parser() -> argparse.ArgumentParser:
+    """All commands with their options."""
+    top = argparse.ArgumentParser(prog="lab/machine", description=_DESCRIPTION)
+    added = top.add_subparsers(required=True, metavar="command")
 
     def command(function: Callable[[argparse.Namespace], int], name: str, text: str,
                 named: bool = True, **more: Any) -> argparse.ArgumentParser:
@@ -99,12 +100,12 @@ def _parser() -> argparse.ArgumentParser:
     one.add_argument("--screenshot", metavar="FILE", help="take a picture of the machine's screen")
     _add_timeout(one)
     _add_furnishing(one)
-    return parser
+    return top
 
 
 def main(arguments: list[str]) -> int:
     host.stop_as_interrupt()
-    options = _parser().parse_args(arguments)
+    options = parser().parse_args(arguments)
     missing = [tool for tool in (layout.WINE, layout.WINE_SERVER) if not shutil.which(tool)]
     try:
         if missing:

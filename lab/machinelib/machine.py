@@ -124,7 +124,8 @@ class Machine:
         if (self.folder / _STATE).exists():
             stored = json.loads((self.folder / _STATE).read_text())
             self.generation = stored["generation"]
-            self.pace = stored["pace"]
+            # An older machine knows nothing of a pace.
+            self.pace = stored.get("pace", 1)
             self._screen = screen.Screen(**stored["screen"]) if stored["screen"] else None
             # It may be; turning a machine on or off twice does no harm.
             self._on = (self.folder / _IS_ON).exists()

@@ -1,5 +1,7 @@
 """Made-up findings for the tests of the certificate."""
 
+from typing import Any
+
 from certify.finding import Finding, Function, Step
 
 LOG = """\
@@ -24,18 +26,19 @@ JOURNAL = """\
     ["38 00 00 00 01 00 02"] + ["00"] * 29 + ["11 06"] + ["00"] * 20))
 
 
-def step(switch="-i", expected=1, exit_code=1, log=LOG):
+def step(switch: str = "-i", expected: int = 1, exit_code: int | None = 1,
+         log: str = LOG) -> Step:
     ended = "stopped after 9 s" if exit_code is None else f"exit code {exit_code}"
     return Step(switch, expected, exit_code, ended, 9.0, log)
 
 
-def function(**changes):
+def function(**changes: Any) -> Function:
     values = {"instance_id": "USB\\VID_1&PID_2\\5&1", "class_name": "Modem", "service": "mine",
               "driver_key": "{...}\\0000", "inf": "oem0.inf", "present": True}
     return Function(**{**values, **changes})
 
 
-def finding(**changes):
+def finding(**changes: Any) -> Finding:
     """A green finding, or one with changes."""
     values = {"packet": "mine", "modem": "stick", "generation": "WIN7", "run": "fresh",
               "steps": [step()], "functions": [function()], "modem_log": JOURNAL}

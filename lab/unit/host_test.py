@@ -33,7 +33,7 @@ class Capture(unittest.TestCase):
             patch.start()
             self.addCleanup(patch.stop)
 
-    def run_tool(self, failures):
+    def run_tool(self, failures: int) -> tuple[str | layout.LabError, str]:
         pathlib.Path(f"{self.tool}.left").write_text(str(failures))
         remarks = io.StringIO()
         with contextlib.redirect_stderr(remarks):

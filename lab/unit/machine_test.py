@@ -31,12 +31,12 @@ class Bench(unittest.TestCase):
         for name in ("WINE", "WINE_SERVER"):
             self.replace(layout, name, "/bin/true")
 
-    def replace(self, owner, name, *value):
+    def replace(self, owner: object, name: str, *value: object) -> mock.Mock:
         patch = mock.patch.object(owner, name, *value)
         self.addCleanup(patch.stop)
         return patch.start()
 
-    def lab(self, *arguments):
+    def lab(self, *arguments: str) -> tuple[int, str]:
         """(exit status, what was printed)"""
         printed = io.StringIO()
         with contextlib.redirect_stdout(printed), contextlib.redirect_stderr(printed):
@@ -46,7 +46,7 @@ class Bench(unittest.TestCase):
                 status = end.code
         return status, printed.getvalue()
 
-    def standing(self, name, **more):
+    def standing(self, name: str, **more: object) -> pathlib.Path:
         """A machine that an earlier command has made."""
         folder = self.machines / name
         (folder / "prefix" / "drive_c").mkdir(parents=True)
@@ -56,6 +56,13 @@ class Bench(unittest.TestCase):
 
 
 class Ending(Bench):
+    def test_a_machine_that_an_older_lab_has_made_can_be_ended(self):
+        folder = self.standing("old")
+        (folder / "machine.json").write_text('{"generation": "WIN7", "screen": null}')
+        self.replace(host, "server")
+        self.assertEqual(self.lab("end", "old"), (0, ""))
+        self.assertFalse(folder.exists())
+
     def test_only_a_machine_s_own_folder_goes(self):
         victim = self.work / "victim"
         victim.mkdir()
@@ -170,11 +177,11 @@ class Running(Bench):
 class Settling(Bench):
     """Waiting for the modems of a machine that was just turned on."""
 
-    def settle(self, failures, is_on=False):
+    def settle(self, failures: int, is_on: bool = False) -> list[object]:
         """What was done: turned off, and tried, with or without a repetition."""
         done = []
 
-        def tool(_, *__, repeat=True):
+        def tool(_: object, *__: str, repeat: bool = True) -> str:
             done.append(repeat)
             if len(done) <= failures:
                 raise layout.LabError("the modem driver is not running")

@@ -29,7 +29,7 @@ arrives-after = 1500
 """
 
 
-def multi_text(*values):
+def multi_text(*values: str) -> str:
     text = "".join(value + "\0" for value in values) + "\0"
     return "hex(7):" + ",".join(f"{byte:02x}" for byte in text.encode("utf-16-le"))
 
@@ -79,7 +79,7 @@ class Reading(unittest.TestCase):
 
 
 class Mistakes(unittest.TestCase):
-    def assert_mistake(self, text, message):
+    def assert_mistake(self, text: str, message: str) -> None:
         with self.assertRaises(modem_description.DescriptionError) as caught:
             modem_description.parse(text, "x.modem")
         self.assertIn(message, str(caught.exception))

@@ -36,10 +36,10 @@ class Folder(unittest.TestCase):
         self.packet = Packet(self.folder)
         self.ini("[INSTALL]\nMODE=1\n")
 
-    def ini(self, text, encoding="cp1252"):
+    def ini(self, text: str, encoding: str = "cp1252") -> None:
         (self.folder / "Setup.ini").write_bytes(text.encode(encoding))
 
-    def inf(self, name="mine.inf", text=INF, encoding="cp1252"):
+    def inf(self, name: str = "mine.inf", text: str = INF, encoding: str = "cp1252") -> None:
         (self.folder / "WIN7" / name).write_bytes(text.encode(encoding))
 
 
@@ -101,7 +101,7 @@ class Ends(Folder):
         self.subject = Subject(Packet(setup_folder.PACKETS / "demo"), "demo",
                                modem_description.load(setup_folder.PACKETS / "demo.modem"), "WIN7")
 
-    def end(self, missing, **changes):
+    def end(self, missing: list[modem_description.Node], **changes: object) -> int:
         settings = dataclasses.replace(self.subject.settings, **changes)
         packet = _PacketWith(self.subject.packet, settings)
         subject = dataclasses.replace(self.subject, packet=packet)

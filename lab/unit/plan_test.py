@@ -4,11 +4,14 @@ import contextlib
 import dataclasses
 import io
 import unittest
+from collections.abc import Callable
 from unittest import mock
 
 from findings import step
 import modem_description
 from certify import bench, plan, runs, variant
+from certify.finding import Finding
+from certify.stand import Subject
 from certify.verdict import Colour, judge
 from machinelib import layout, setup_folder
 
@@ -51,14 +54,14 @@ class Planning(unittest.TestCase):
 class Making(unittest.TestCase):
     """Runs that are no real ones."""
 
-    def cell(self, make):
+    def cell(self, make: Callable[[Subject, Finding], None]) -> plan.Cell:
         cell = next(cell for cell in plan.cells(WISH) if cell.run.key == "again")
         return dataclasses.replace(cell, run=dataclasses.replace(cell.run, make=make))
 
     def test_what_is_not_green_in_haste_is_made_in_real_time(self):
         paces = []
 
-        def hasty(_, finding):
+        def hasty(_: Subject, finding: Finding) -> None:
             paces.append(finding.pace)
             finding.steps.append(step(exit_code=0 if finding.pace > 1 else 1))
 
@@ -79,7 +82,7 @@ class Making(unittest.TestCase):
     def test_a_fault_in_real_time_is_not_tried_again(self):
         paces = []
 
-        def wrong(_, finding):
+        def wrong(_: Subject, finding: Finding) -> None:
             paces.append(finding.pace)
             finding.wrong.append("bad")
 
@@ -87,10 +90,10 @@ class Making(unittest.TestCase):
         self.assertEqual(paces, [1])
 
     def test_trouble_of_the_lab_is_told_as_such(self):
-        def trouble(*_):
+        def trouble(*_: object) -> None:
             raise layout.LabError("reg export failed twice")
 
-        def mistake(*_):
+        def mistake(*_: object) -> None:
             raise KeyError("x")
 
         self.assertEqual(bench.make(self.cell(trouble), 1).trouble, "reg export failed twice")
@@ -105,7 +108,7 @@ class Making(unittest.TestCase):
         self.assertIn("[  7/7", printed.getvalue())
 
     def test_being_told_to_stop_ends_it(self):
-        def stop(*_):
+        def stop(*_: object) -> None:
             raise KeyboardInterrupt
         with mock.patch.object(bench.host, "interrupted") as interrupted, \
                 self.assertRaises(KeyboardInterrupt):

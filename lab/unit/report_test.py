@@ -8,15 +8,18 @@ import unittest
 import xml.etree.ElementTree as xml
 
 from findings import LOG, finding, step
+from certify.finding import Finding
 from certify.report import drawing, folder, junit, page, timeline
 from certify.report.page import Made
 from machinelib import layout
 
+# As the parser gives them.
+Attributes = list[tuple[str, str | None]]
 MADE = Made("2026-01-02 03:04", "Setup.exe abc", 83)
 NASTY = "<script>alert('x')</script> & \"quoted\""
 
 
-def sample():
+def sample() -> list[Finding]:
     """One finding of each colour, on two generations."""
     return [
         finding(), finding(run="killed", case="1 of 8", wrong=[NASTY]),
@@ -36,18 +39,18 @@ class _Page(html.parser.HTMLParser):
         self.feed(text)
         self.close()
 
-    def handle_startendtag(self, tag, attrs):
+    def handle_startendtag(self, tag: str, attrs: Attributes) -> None:
         self._note(tag, dict(attrs))
 
-    def handle_starttag(self, tag, attrs):
+    def handle_starttag(self, tag: str, attrs: Attributes) -> None:
         self._note(tag, dict(attrs))
         self.open.append(tag)
 
-    def handle_endtag(self, tag):
+    def handle_endtag(self, tag: str) -> None:
         assert self.open and self.open[-1] == tag, (tag, self.open)
         self.open.pop()
 
-    def handle_data(self, data):
+    def handle_data(self, data: str) -> None:
         self.text += data
 
     def _note(self, tag, attributes):
@@ -157,7 +160,7 @@ class Folders(unittest.TestCase):
         self.addCleanup(place.cleanup)
         self.place = pathlib.Path(place.name)
 
-    def write(self, name, findings):
+    def write(self, name: str, findings: list[Finding]) -> None:
         folder.prepare(self.place / name)
         for one in findings:
             folder.keep(self.place / name, one)

@@ -4,6 +4,7 @@ import os
 import pathlib
 import tempfile
 import unittest
+from collections.abc import Callable
 
 from machinelib import snapshot, template
 
@@ -18,18 +19,18 @@ class Files(unittest.TestCase):
                      "lab/launch.exe", "gapfill.log"):
             self.write(name, "old")
 
-    def write(self, name, text):
+    def write(self, name: str, text: str) -> None:
         path = self.disk / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text)
 
-    def changes(self, change):
+    def changes(self, change: Callable[[], None]) -> list[str]:
         before = snapshot.Snapshot({}, snapshot.stored_files(self.prefix))
         change()
         return before.file_changes(snapshot.Snapshot({}, snapshot.stored_files(self.prefix)))
 
     def test_the_whole_disk_is_looked_at(self):
-        def change():
+        def change() -> None:
             self.write("windows/system32/left.dll", "new")
             self.write("Program Files/Maker/left.exe", "new")
             self.write("windows/system32/drivers/old.sys", "neu")
@@ -39,7 +40,7 @@ class Files(unittest.TestCase):
             "~ windows/system32/drivers/old.sys"])
 
     def test_what_wine_and_the_lab_write_is_left_out(self):
-        def change():
+        def change() -> None:
             self.write("windows/temp/y", "new")
             self.write("gapfill.log", "longer")
             self.write("lab/modemctl.exe", "new")

@@ -4,11 +4,12 @@ import unittest
 
 import findings
 from findings import LOG, finding, function, step
+from certify.finding import Finding
 from certify.verdict import Colour, Verdict, doubtful_lines, judge, worst
 
 
 class Judging(unittest.TestCase):
-    def assert_verdict(self, found, colour, *reasons):
+    def assert_verdict(self, found: Finding, colour: Colour, *reasons: str) -> None:
         verdict = judge(found)
         self.assertEqual(verdict.colour, colour, verdict)
         self.assertEqual(len(verdict.reasons), len(reasons), verdict)
@@ -86,7 +87,7 @@ class Judging(unittest.TestCase):
 
 class Several(unittest.TestCase):
     def test_the_worst_counts(self):
-        def of(*colours):
+        def of(*colours: Colour) -> Colour:
             return worst(Verdict(colour, []) for colour in colours)
         self.assertEqual(of(Colour.GREEN, Colour.GREY), Colour.GREEN)
         self.assertEqual(of(Colour.GREEN, Colour.AMBER), Colour.AMBER)

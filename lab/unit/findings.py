@@ -33,13 +33,15 @@ def step(switch: str = "-i", expected: int = 1, exit_code: int | None = 1,
 
 
 def function(**changes: Any) -> Function:
-    values = {"instance_id": "USB\\VID_1&PID_2\\5&1", "class_name": "Modem", "service": "mine",
-              "driver_key": "{...}\\0000", "inf": "oem0.inf", "present": True}
+    values: dict[str, Any] = {
+        "instance_id": "USB\\VID_1&PID_2\\5&1", "class_name": "Modem", "service": "mine",
+        "driver_key": "{...}\\0000", "inf": "oem0.inf", "present": True}
     return Function(**{**values, **changes})
 
 
 def finding(**changes: Any) -> Finding:
     """A green finding, or one with changes."""
-    values = {"packet": "mine", "modem": "stick", "generation": "WIN7", "run": "fresh",
-              "steps": [step()], "functions": [function()], "modem_log": JOURNAL}
+    values: dict[str, Any] = {
+        "packet": "mine", "modem": "stick", "generation": "WIN7", "run": "fresh",
+        "steps": [step()], "functions": [function()], "modem_log": JOURNAL}
     return Finding(**{**values, **changes})

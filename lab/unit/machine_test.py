@@ -36,15 +36,14 @@ class Bench(unittest.TestCase):
         self.addCleanup(patch.stop)
         return patch.start()
 
-    def lab(self, *arguments: str) -> tuple[int, str]:
+    def lab(self, *arguments: str) -> tuple[str | int | None, str]:
         """(exit status, what was printed)"""
         printed = io.StringIO()
         with contextlib.redirect_stdout(printed), contextlib.redirect_stderr(printed):
             try:
-                status = command_line.main(list(arguments))
+                return command_line.main(list(arguments)), printed.getvalue()
             except SystemExit as end:
-                status = end.code
-        return status, printed.getvalue()
+                return end.code, printed.getvalue()
 
     def standing(self, name: str, **more: object) -> pathlib.Path:
         """A machine that an earlier command has made."""
@@ -179,7 +178,7 @@ class Settling(Bench):
 
     def settle(self, failures: int, is_on: bool = False) -> list[object]:
         """What was done: turned off, and tried, with or without a repetition."""
-        done = []
+        done: list[object] = []
 
         def tool(_: object, *__: str, repeat: bool = True) -> str:
             done.append(repeat)

@@ -101,7 +101,7 @@ class Ends(Folder):
         self.subject = Subject(Packet(setup_folder.PACKETS / "demo"), "demo",
                                modem_description.load(setup_folder.PACKETS / "demo.modem"), "WIN7")
 
-    def end(self, missing: list[modem_description.Node], **changes: object) -> int:
+    def end(self, missing: int, **changes: object) -> int:
         settings = dataclasses.replace(self.subject.settings, **changes)
         packet = _PacketWith(self.subject.packet, settings)
         subject = dataclasses.replace(self.subject, packet=packet)

@@ -102,8 +102,9 @@ void CheckUninstalledIds(const PacketGeneration& generation, Findings& findings)
     AddCompositeIds(all, wanted, exactMatchFound);
     for (const std::wstring& id : wanted) {
         for (const std::wstring& other : wanted) {
-            const bool isRevision = other.starts_with(id + L"&REV_");
-            if (id.empty() || id == other || isRevision || !other.starts_with(id)) {
+            // More behind an & names the same device more closely: a subsystem, a revision.
+            const bool isCloser = other.starts_with(id + L"&");
+            if (id.empty() || id == other || isCloser || !other.starts_with(id)) {
                 continue;
             }
             findings.push_back({RuleId::IdBeginsAnother,

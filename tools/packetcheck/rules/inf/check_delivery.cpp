@@ -123,9 +123,20 @@ std::wstring FolderOfSource(const InfText& inf, const std::wstring& name) {
     return WithBackslash(diskFolder) + WithBackslash(Value(*file, 1));
 }
 
+// A file that the packet neither brings nor claims to bring: Windows takes its own.
+bool IsTakenFromWindows(const PacketGeneration& generation, const PacketInf& inf,
+                        const std::wstring& name) {
+    const bool isListed =
+        FirstEntry(inf.Text, {L"SourceDisksFiles.amd64", L"SourceDisksFiles"}, name) != nullptr;
+    return ComesWithWindows(name) && !isListed && !HasFile(generation.Files, name);
+}
+
 void CheckSource(const PacketGeneration& generation, const PacketInf& inf, const Source& source,
                  Findings& findings) {
     const std::wstring folder = FolderOfSource(inf.Text, source.Name);
+    if (IsTakenFromWindows(generation, inf, source.Name)) {
+        return;
+    }
     if (!HasFile(generation.Files, folder + source.Name)) {
         findings.push_back({RuleId::FileNotDelivered,
                             {inf.Shown, source.Line},
@@ -159,13 +170,29 @@ void CheckLeftBehind(const PacketGeneration& generation, const PacketInf& inf, F
     for (const CopiedFile& file : inf.Files) {
         const std::wstring path = file.OwnFolder + file.Name;
         // A folder that the cleanup does not know is told of by itself.
-        if (!Contains(file.OwnFolder, L"\\") || ListHolds(uninstall->Gone.Files, path) ||
+        if (ComesWithWindows(file.Name) || !Contains(file.OwnFolder, L"\\") ||
+            ListHolds(uninstall->Gone.Files, path) ||
             IsDeletedByScript(uninstall->Operations, path)) {
             continue;
         }
         findings.push_back({RuleId::LeftBehindByUninstall,
                             {inf.Shown, file.Line},
                             path + L" stays after an uninstall"});
+    }
+}
+
+// The cleanup deletes what the copy lists name, whoever brought it.
+void CheckWindowsFiles(const PacketGeneration& generation, const PacketInf& inf,
+                       Findings& findings) {
+    for (const CopiedFile& file : inf.Files) {
+        // A driver that the packet brings under such a name is told of by itself.
+        const bool isDriver = UpperCase(file.Name).ends_with(L".SYS");
+        if (ComesWithWindows(file.Name) && Contains(file.CleanupFolder, L"\\") &&
+            !(isDriver && HasFile(generation.Files, file.Name))) {
+            findings.push_back({RuleId::CopyLineNamesWindowsFile,
+                                {inf.Shown, file.Line},
+                                file.CleanupFolder + file.Name + L" is a file of Windows"});
+        }
     }
 }
 
@@ -189,6 +216,7 @@ void CheckDelivery(const PacketGeneration& generation, const PacketInf& inf, Fin
         CheckSource(generation, inf, source, findings);
     }
     CheckLeftBehind(generation, inf, findings);
+    CheckWindowsFiles(generation, inf, findings);
 }
 
 } // namespace rules

@@ -30,19 +30,6 @@ void EachEntry(const std::wstring& folder, Visit visit) {
     FindClose(search);
 }
 
-void CopyTree(const std::wstring& source, const std::wstring& target) {
-    CreateDirectoryW(target.c_str(), nullptr);
-    EachEntry(source, [&](const std::wstring& name, bool isFolder) {
-        const std::wstring from = source + L"\\" + name;
-        const std::wstring to = target + L"\\" + name;
-        if (isFolder) {
-            CopyTree(from, to);
-        } else {
-            CopyFileW(from.c_str(), to.c_str(), FALSE);
-        }
-    });
-}
-
 void RemoveTree(const std::wstring& folder) {
     EachEntry(folder, [&](const std::wstring& name, bool isFolder) {
         const std::wstring path = folder + L"\\" + name;
@@ -98,8 +85,18 @@ PacketFolder::~PacketFolder() {
     RemoveTree(path_);
 }
 
-void PacketFolder::Keep(const std::wstring& source) {
-    CopyTree(source, path_ + L"\\" + NameOf(kept_++));
+void PacketFolder::Keep(const std::map<std::wstring, std::string>& files) {
+    const std::wstring folder = path_ + L"\\" + NameOf(kept_++);
+    CreateDirectoryW(folder.c_str(), nullptr);
+    // Also without an INF.
+    CreateDirectoryW((folder + L"\\WIN10").c_str(), nullptr);
+    for (const auto& [name, bytes] : files) {
+        std::ofstream file((folder + L"\\" + name).c_str(), std::ios::binary);
+        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        if (!file) {
+            throw std::runtime_error("a packet cannot be written");
+        }
+    }
 }
 
 std::vector<Json> PacketFolder::Plans(const std::wstring& direction) const {

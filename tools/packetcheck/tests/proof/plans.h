@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,8 @@ public:
     PacketFolder(const PacketFolder&) = delete;
     PacketFolder& operator=(const PacketFolder&) = delete;
 
-    // Copies a folder with its sub-folders into a new one here.
-    void Keep(const std::wstring& source);
+    // Makes a new one of these files: names with backslashes, bytes.
+    void Keep(const std::map<std::wstring, std::string>& files);
 
     // The plans of all folders kept so far, in that order, as if each were D:\Packet on Windows 10.
     // `direction` is "-i" or "-u".

@@ -63,12 +63,20 @@ void RefuseScripts(Machine& m) {
     }
 }
 
+std::map<std::wstring, std::string> FilesOf(const Machine& m, const std::wstring& folder) {
+    std::map<std::wstring, std::string> files;
+    for (const std::wstring& path : m.Files(folder)) {
+        files[path.substr(folder.size())] = m.ReadBytes(path);
+    }
+    return files;
+}
+
 // All on one machine: making one takes longer than a run.
 Played Play(std::uint32_t seed, PacketFolder& folder) {
     const RandomPacket packet = MakePacket(seed);
     Machine m;
     PutPacket(m, packet);
-    folder.Keep(m.RealPath(L"D:\\Packet"));
+    folder.Keep(FilesOf(m, L"D:\\Packet\\"));
     Played played;
     played.Seed = seed;
     SetUpAsPlanned(m);

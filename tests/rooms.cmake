@@ -10,6 +10,7 @@ cmake_path(GET CMAKE_BINARY_DIR FILENAME tree)
 
 # Thousands of runs each: every case of these files has an entry of its own, so that the cores share them.
 set(long_files
+    torture/fuzzed_files_test.cpp
     torture/program_test.cpp
     torture/random_failures_test.cpp
     torture/update_install_test.cpp

@@ -1,7 +1,7 @@
 # The program's own objects with their imports led to the simulated machine, linked with the tests:
 # setup_tests with what ships, setup_tests_checked with the same sources built so that they check
 # themselves. Tests and machine are compiled once, for both.
-set(not_rooms machine support native bench probe)
+set(not_rooms machine support native bench probe fuzz)
 set(checked)
 if(TARGET setup_core_checked)
     set(checked _checked)
@@ -35,7 +35,7 @@ function(link_under_test target suffix)
 endfunction()
 
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench|probe)/")
+list(FILTER test_sources EXCLUDE REGEX "/tests/(machine|native|bench|probe|fuzz)/")
 # What shows that memory is guarded says nothing where it is not.
 set(memory_sources machine_selftest/guarded_memory_test.cpp)
 list(FILTER test_sources EXCLUDE REGEX "/guarded_memory_test\\.cpp$")

@@ -109,6 +109,7 @@ TEST_CASE("Lines and the list of marked devices show the instance ID in upper ca
 
 TEST_CASE("Marked devices are listed in the order in which they were marked, over several sets") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice({.InstanceId = L"USB\\ID\\B", .Class = L"CDROM"});
     m.AddDevice({.InstanceId = L"USB\\ID\\A", .Class = L"CDROM"});
     CHECK(CleanUsbDevices(L"PORTS", {L"USB\\ID"}));
@@ -199,6 +200,7 @@ TEST_CASE("A device with an empty instance ID is passed over") {
 
 TEST_CASE("An instance ID that cannot be read ends the walk, not the cleanup") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice({.InstanceId = L"USB\\ID\\1", .Class = L"Ports"});
     m.AddDevice({.InstanceId = L"USB\\ID\\2", .Class = L"Ports"});
     m.AddDevice({.InstanceId = L"USB\\ID\\3", .Class = L"Ports"});
@@ -221,6 +223,7 @@ TEST_CASE("An instance ID of 200 characters is too long and ends the walk") {
 
 TEST_CASE("An enumeration that breaks off ends the cleanup") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice({.InstanceId = L"USB\\ID\\1", .Class = L"Ports"});
     m.AddDevice({.InstanceId = L"USB\\ID\\2", .Class = L"Ports"});
     m.FailCall("SetupDiEnumDeviceInfo", 2, ERROR_NOT_ENOUGH_MEMORY);
@@ -241,6 +244,7 @@ TEST_CASE("An enumeration that ends without an error code is complete") {
 
 TEST_CASE("A class that cannot be read passes the device over, with its error code") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice({.InstanceId = L"USB\\ID\\1", .Class = L"Ports"});
     m.AddDevice({.InstanceId = L"USB\\ID\\2", .Class = L"Ports"});
     m.FailCall("SetupDiGetDeviceRegistryPropertyW", 1, ERROR_ACCESS_DENIED);
@@ -322,6 +326,7 @@ TEST_CASE("A reboot state that cannot be read leaves only its own line out") {
 
 TEST_CASE("Every device is visited, whatever happened to those before it") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     for (int number = 0; number < 6; ++number) {
         m.AddDevice({.InstanceId = L"USB\\ID\\" + std::to_wstring(number),
                      .Class = number % 2 == 0 ? L"Ports" : L"CDROM"});

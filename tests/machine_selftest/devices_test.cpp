@@ -133,6 +133,7 @@ TEST_CASE("An interface of a present device gives its path and its device") {
 
 TEST_CASE("A driver list must be built; its details come after a size query that fails") {
     Machine m;
+    m.Windows().DriverDetail = Variants::SizeQuery::TooSmall;
     m.AddDevice({.InstanceId = Modem});
     const std::wstring oem = m.AddOemInf({.Ids = {L"usb\\vid_3a9d&pid_9001"}});
     HDEVINFO set = UsbSet();

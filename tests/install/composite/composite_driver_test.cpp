@@ -12,6 +12,7 @@ const std::string ModemInSet = "set1, USB\\VID_3A9D&PID_9001\\1";
 
 // One modem that is to get the system's composite driver.
 void Describe(Machine& m) {
+    m.Windows().DriverDetail = Variants::SizeQuery::TooSmall;
     m.WriteIni(L"[USERSETTING]\r\nNEEDCOMPOSITEDEAL=1\r\nLOADUSBCCGP=1\r\n");
     m.AddDevice(Device{.InstanceId = Modem});
 }

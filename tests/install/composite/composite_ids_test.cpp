@@ -114,6 +114,7 @@ TEST_CASE("A packet with interface IDs only has no exact match, but can be prese
 
 TEST_CASE("The first present device of the packet is taken, the rest is not looked at") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     AddPacket(m, {Id9001, L"USB\\VID_3A9D&PID_9003"});
     m.AddDevice(Device{.InstanceId = L"PCI\\VID_3A9D\\1"});
     m.AddDevice(Device{.InstanceId = L"USB\\VID_3A9D&PID_9001\\1", .Present = false});

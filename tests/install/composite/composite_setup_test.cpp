@@ -45,6 +45,7 @@ TEST_CASE("With the master switch off nothing is done and all is well") {
 
 TEST_CASE("Disabling changes every device with the composite ID, in enumeration order") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     Configure(m, L"");
     AddDevices(m);
     CHECK(Setup(CompositeDisable, L"usb\\vid_3a9d&pid_9001"));
@@ -133,6 +134,7 @@ TEST_CASE("A state that cannot be changed ends the walk") {
     for (const char* function : {"SetupDiSetClassInstallParamsW", "SetupDiCallClassInstaller"}) {
         CAPTURE(function);
         Machine m;
+        m.Windows().Devices = Variants::Order::ById;
         Configure(m, L"");
         AddDevices(m);
         m.FailCall(function, 2, 5);
@@ -268,6 +270,8 @@ TEST_CASE("A newdev library that cannot be used for the packet's INF fails the s
 
 TEST_CASE("The composite driver goes onto the first device with the ID only") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
+    m.Windows().DriverDetail = Variants::SizeQuery::TooSmall;
     Configure(m, L"LOADUSBCCGP=1\r\n");
     AddDevices(m);
     std::wstring id = Id9001;

@@ -51,6 +51,7 @@ Lines Beginning(int mode, int maxCycle, int interval, const Lines& then) {
 
 TEST_CASE("Matching finishes in the first cycle when all expected functions are present") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     AddModemPacket(m);
     AddDevices(m, {L"ROOT\\SYSTEM\\0000", Interface0, Interface2, Interface3});
     TextList matched{L"what was there before"};
@@ -80,6 +81,7 @@ TEST_CASE("Matching finishes in the first cycle when all expected functions are 
 
 TEST_CASE("Functions that arrive during the cycles are waited for") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.WriteIni(L"[ENUM]\r\nMAXCYCLE=10\r\nCYCLEINTERVAL=2\r\n");
     AddModemPacket(m);
     AddDevices(m, {Interface0});
@@ -101,6 +103,7 @@ TEST_CASE("Functions that arrive during the cycles are waited for") {
 
 TEST_CASE("A function that never comes is given up after the final chance, without a line") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.WriteIni(L"[ENUM]\r\nMAXCYCLE=3\r\nCYCLEINTERVAL=1\r\n");
     AddModemPacket(m);
     AddDevices(m, {Interface0, Interface2});
@@ -241,6 +244,7 @@ TEST_CASE("A negative match mode is reached by any match") {
 
 TEST_CASE("A device that is no composite one is expected once") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddInf(L"WIN7\\a.inf", Inf{.Ids = {L"USB\\VID_3A9D&PID_8011", Id0, Id2}});
     AddDevices(m, {L"USB\\VID_3A9D&PID_8011\\5&1", Interface0});
     TextList matched;
@@ -412,6 +416,7 @@ TEST_CASE("Present devices that cannot be listed in a later cycle end the matchi
 
 TEST_CASE("An enumeration that breaks off ends the matching") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     AddModemPacket(m);
     AddDevices(m, {Interface0, Interface2, Interface3});
     m.FailCall("SetupDiEnumDeviceInfo", 3, 1450);

@@ -148,6 +148,7 @@ Lines SwitchAndRefresh() {
 
 TEST_CASE("The whole way, from the CD-ROM to three functions and a plain device") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice(Device{.InstanceId = L"ROOT\\SYSTEM\\0000"});
     DescribeWholeWay(m);
     CHECK(UpdateInstall());
@@ -195,6 +196,7 @@ TEST_CASE("The whole way, from the CD-ROM to three functions and a plain device"
 
 TEST_CASE("Each device gets its own INF, in the order of the classes") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     Describe(m);
     CHECK(UpdateInstall());
     CHECK(Installations(m) ==
@@ -208,6 +210,7 @@ TEST_CASE("Each device gets its own INF, in the order of the classes") {
 
 TEST_CASE("Two functions of one INF are both installed while it is current, later INFs skip them") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     InstallModeValue = 1;
     m.AddInf(L"WIN7\\ports.inf", Inf{.Class = L"Ports", .Ids = {Id0, Id2}});
     m.AddInf(L"WIN7\\modem.inf", Inf{.Class = L"Modem", .Ids = {L"USB\\VID_1111&PID_2222"}});
@@ -236,6 +239,7 @@ TEST_CASE("The base ID of the first matched device is kept, upper-cased and with
 
 TEST_CASE("The retry count and the interval come from the configuration") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     Describe(m, L"RETRYCOUNT=2\r\nINTERVAL=3\r\n");
     m.AnswerInstall({.Id = Id0, .Error = 5, .Times = 2});
     CHECK(UpdateInstall());
@@ -249,6 +253,7 @@ TEST_CASE("The retry count and the interval come from the configuration") {
 
 TEST_CASE("Without retries the first unexpected failure ends the operation") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     Describe(m);
     m.AnswerInstall({.Id = Id0, .Error = 5});
     CHECK_FALSE(UpdateInstall());
@@ -293,6 +298,7 @@ TEST_CASE("An INF that is not found and a device that does not match have lines 
           Row{0xE000020B, "UpdateInstall: device " + Dev0 + " does not match .", "0xE000020B"}}) {
         CAPTURE(row.Code);
         Machine m;
+        m.Windows().Devices = Variants::Order::ById;
         Describe(m, L"RETRYCOUNT=1\r\n");
         m.AnswerInstall({.Id = Id0, .Error = row.Error});
         CHECK_FALSE(UpdateInstall());
@@ -331,6 +337,7 @@ TEST_CASE("A driver that is already as good ends the operation when the INF is t
     for (const DWORD error : {DWORD{259}, DWORD{0xE0000203}}) {
         CAPTURE(error);
         Machine m;
+        m.Windows().Devices = Variants::Order::ById;
         Describe(m, L"RETRYCOUNT=3\r\n");
         m.AnswerInstall({.Id = Id0, .Error = error});
         CHECK_FALSE(UpdateInstall());
@@ -344,6 +351,7 @@ TEST_CASE("A driver that is already as good is passed over when more INF files f
     for (const DWORD error : {DWORD{259}, DWORD{0xE0000203}}) {
         CAPTURE(error);
         Machine m;
+        m.Windows().Devices = Variants::Order::ById;
         Describe(m);
         m.AnswerInstall({.Id = Id2, .Error = error});
         CHECK(UpdateInstall());
@@ -360,6 +368,7 @@ TEST_CASE("A driver that is already as good is passed over when more INF files f
 
 TEST_CASE("An INF that goes away during the installation leaves a device without one") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     Describe(m);
     m.AfterCall("LoadLibraryW", 1, [&m] { m.RemoveFile(L"D:\\Packet\\WIN7\\modem.inf"); });
     CHECK_FALSE(UpdateInstall());
@@ -370,6 +379,7 @@ TEST_CASE("An INF that goes away during the installation leaves a device without
 
 TEST_CASE("A packet that cannot be listed during the installation ends it") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     Describe(m);
     // The first two listings are those of the matching and of the order.
     m.FailCall("FindFirstFileW", 3, 5);

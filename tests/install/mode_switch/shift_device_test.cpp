@@ -271,6 +271,7 @@ TEST_CASE("A device that is not present is not found, which is no failure") {
 
 TEST_CASE("Of two matching devices only the first one receives the order") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     DescribeUsb(m);
     m.AddDevice(UsbStick(L"USB\\VID_1111&PID_2222\\1", L"\\\\?\\usb#other"));
     m.AddDevice(UsbStick(L"USB\\VID_3A9D&PID_9001\\2", L"\\\\?\\usb#second"));
@@ -284,6 +285,7 @@ TEST_CASE("Of two matching devices only the first one receives the order") {
 
 TEST_CASE("Of two matching CD-ROMs only the first one receives the command") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     DescribeScsi(m);
     m.AddDevice(CdRomDrive(L"USBSTOR\\A\\1", L"\\\\?\\cdrom#first"));
     m.AddDevice(CdRomDrive(L"USBSTOR\\B\\1", L"\\\\?\\cdrom#second"));

@@ -141,6 +141,7 @@ TEST_CASE("An empty instance ID is passed over") {
 
 TEST_CASE("An unreadable class skips the device only") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice(WithClass(Modem, L"Ports"));
     m.AddDevice(WithClass(Other, L"Ports"));
     m.FailCall("SetupDiGetDeviceRegistryPropertyW", 1, 5);
@@ -157,6 +158,7 @@ TEST_CASE("Config flags that cannot be read or written skip the device with the 
          {"SetupDiGetDeviceRegistryPropertyW", "SetupDiSetDeviceRegistryPropertyW"}) {
         CAPTURE(function);
         Machine m;
+        m.Windows().Devices = Variants::Order::ById;
         m.AddDevice(WithClass(Modem, L"Ports"));
         m.AddDevice(WithClass(Other, L"Ports"));
         // The second property that is read is the flags.
@@ -179,6 +181,7 @@ TEST_CASE("A device set that cannot be built gives 0") {
 
 TEST_CASE("An enumeration that breaks off gives 0") {
     Machine m;
+    m.Windows().Devices = Variants::Order::ById;
     m.AddDevice(WithClass(Modem, L"Ports"));
     m.AddDevice(WithClass(Other, L"Ports"));
     m.FailCall("SetupDiEnumDeviceInfo", 2, 1450);

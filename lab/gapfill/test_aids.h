@@ -1,6 +1,6 @@
 // What end-to-end tests ask for through the environment:
-//   GAPFILL_KILL=N             the process is ended at its N-th filled call, as if by
-//   TerminateProcess GAPFILL_COPY=hang:N        the N-th SetupCopyOEMInfW never returns
+//   GAPFILL_KILL=N             the process is ended at its N-th filled call, as by TerminateProcess
+//   GAPFILL_COPY=hang:N        the N-th SetupCopyOEMInfW never returns
 //   GAPFILL_COPY=fail:N:ERROR  the N-th SetupCopyOEMInfW fails with that error (decimal or 0x...)
 #pragma once
 

@@ -23,7 +23,7 @@ public:
     }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
-    HANDLE Get() const { return handle_; }
+    [[nodiscard]] HANDLE Get() const { return handle_; }
 
 private:
     HANDLE handle_;

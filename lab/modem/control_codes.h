@@ -33,6 +33,7 @@
 #define NODE_LIMIT 32u
 #define ID_LENGTH 200u /* characters of a device or instance id, the final zero included */
 
+/* The driver is C. NOLINTBEGIN(modernize-use-using) */
 typedef struct {
     ULONG Modem;
     ULONG Personality;
@@ -52,3 +53,4 @@ typedef struct {
     ULONG Plugged;
     WCHAR InstanceId[2 * ID_LENGTH];
 } NodeState;
+/* NOLINTEND(modernize-use-using) */

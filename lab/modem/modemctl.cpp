@@ -38,7 +38,7 @@ public:
     ControlDevice(const ControlDevice&) = delete;
     ControlDevice& operator=(const ControlDevice&) = delete;
 
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    [[nodiscard]] bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
 
     // Sizes are bytes. False leaves the reason in the last error.
     bool Send(DWORD code, void* in, DWORD inSize, void* out, DWORD outSize) const {

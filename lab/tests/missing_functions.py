@@ -39,7 +39,7 @@ def test_match_mode():
 def test_pulled():
     """A modem that is pulled while the matching waits for it ends the run with a rollback."""
     with _scenario.plugged("pulled-in-mid-match", {"ENUM": {"MAXCYCLE": 9}},
-                           pace=_scenario.PACE) as on:
+                           pace=_scenario.CAREFUL) as on:
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "AutoDeviceMatch: 2 devices matched in match cycle 1,total 3 device",
                         "AutoDeviceMatch: No device matched in 5 seconds", ROLLBACK, FAILED)
@@ -49,7 +49,7 @@ def test_pulled():
 def test_function_lost():
     """A function that goes while the matching waits for another one is reported as missing."""
     with _scenario.plugged("lost-in-mid-match", {"ENUM": {"MAXCYCLE": 9}},
-                           pace=_scenario.PACE) as on:
+                           pace=_scenario.CAREFUL) as on:
         lines = _scenario.run(on, "-i", 0)
         _check.in_order(lines, "AutoDeviceMatch: 2 devices matched in match cycle 1,total 3 device",
                         "AutoDeviceMatch: Device missing,check device state", ROLLBACK, FAILED)

@@ -8,7 +8,7 @@ namespace {
 constexpr DWORD PollInterval = 10;
 constexpr int Polls = 1000; // ten seconds
 
-bool Send(DWORD code, const void* in, DWORD inSize, void* out, DWORD outSize) {
+bool Send(DWORD code, void* in, DWORD inSize, void* out, DWORD outSize) {
     const HANDLE device =
         CreateFileW(L"\\\\.\\VModemCtl", GENERIC_READ | GENERIC_WRITE,
                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -16,8 +16,7 @@ bool Send(DWORD code, const void* in, DWORD inSize, void* out, DWORD outSize) {
         return false;
     }
     DWORD written = 0;
-    const BOOL sent = DeviceIoControl(device, code, const_cast<void*>(in), inSize, out, outSize,
-                                      &written, nullptr);
+    const BOOL sent = DeviceIoControl(device, code, in, inSize, out, outSize, &written, nullptr);
     CloseHandle(device);
     return sent != FALSE;
 }
@@ -25,7 +24,7 @@ bool Send(DWORD code, const void* in, DWORD inSize, void* out, DWORD outSize) {
 } // namespace
 
 bool BusIsWorking() {
-    const ULONG firstModem = 0; // `scanning` is the same for every modem
+    ULONG firstModem = 0; // `Scanning` is the same for every modem
     ModemState state = {};
     return Send(MODEM_CONTROL_STATE, &firstModem, sizeof(firstModem), &state, sizeof(state)) &&
            state.Scanning != 0;
@@ -41,8 +40,9 @@ void ScanBus() {
 }
 
 void TakeNodeOffBus(const std::wstring& instanceId) {
-    const auto size = static_cast<DWORD>((instanceId.size() + 1) * sizeof(wchar_t));
-    if (!Send(MODEM_CONTROL_REMOVE, instanceId.c_str(), size, nullptr, 0)) {
+    std::wstring sent = instanceId;
+    const auto size = static_cast<DWORD>((sent.size() + 1) * sizeof(wchar_t));
+    if (!Send(MODEM_CONTROL_REMOVE, sent.data(), size, nullptr, 0)) {
         return;
     }
     for (int i = 0; i < Polls && NodeIsPresent(instanceId); ++i) {

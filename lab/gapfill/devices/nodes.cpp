@@ -2,6 +2,7 @@
 
 #include "originals.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace {
@@ -20,12 +21,10 @@ std::wstring EnumKey(const std::wstring& instanceId) {
 }
 
 bool BelongsToModemBus(const std::wstring& instanceId) {
-    for (const wchar_t* bus : {L"USB\\", L"USBSTOR\\"}) {
-        if (_wcsnicmp(instanceId.c_str(), bus, std::wcslen(bus)) == 0) {
-            return true;
-        }
-    }
-    return false;
+    const auto buses = {L"USB\\", L"USBSTOR\\"};
+    return std::ranges::any_of(buses, [&](const wchar_t* bus) {
+        return _wcsnicmp(instanceId.c_str(), bus, std::wcslen(bus)) == 0;
+    });
 }
 
 void AppendIds(HDEVINFO set, SP_DEVINFO_DATA* device, DWORD property,

@@ -2,6 +2,7 @@
 
 #include "originals.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <iterator>
 
@@ -40,14 +41,11 @@ bool HasDriver(HDEVINFO set, SP_DEVINFO_DATA* device) {
 }
 
 bool TakeSteps(HDEVINFO set, SP_DEVINFO_DATA* device) {
-    for (const DI_FUNCTION step : Steps) {
+    return std::ranges::all_of(Steps, [&](DI_FUNCTION step) {
         // Steps that nobody handles leave this error, which is no failure.
-        if (!SETUPAPI(SetupDiCallClassInstaller)(step, set, device) &&
-            GetLastError() != static_cast<DWORD>(ERROR_DI_DO_DEFAULT)) {
-            return false;
-        }
-    }
-    return true;
+        return SETUPAPI(SetupDiCallClassInstaller)(step, set, device) ||
+               GetLastError() == static_cast<DWORD>(ERROR_DI_DO_DEFAULT);
+    });
 }
 
 } // namespace

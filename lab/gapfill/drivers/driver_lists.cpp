@@ -134,7 +134,7 @@ BOOL WINAPI FilledBuildDriverInfoList(HDEVINFO set, PSP_DEVINFO_DATA device, DWO
 BOOL WINAPI FilledEnumDriverInfo(HDEVINFO set, PSP_DEVINFO_DATA device, DWORD type, DWORD index,
                                  PSP_DRVINFO_DATA_W driver) {
     if (type != SPDIT_CLASSDRIVER) {
-        return Destroyed.count(KeyOf(set, device)) != 0
+        return Destroyed.contains(KeyOf(set, device))
                    ? Fail(ERROR_NO_MORE_ITEMS)
                    : SETUPAPI(SetupDiEnumDriverInfoW)(set, device, type, index, driver);
     }

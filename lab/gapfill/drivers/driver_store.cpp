@@ -6,6 +6,7 @@
 #include "replacements.h"
 #include "test_aids.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace {
@@ -52,7 +53,7 @@ std::wstring StoredName(int number) {
 std::wstring FindStored(const std::wstring& source) {
     const std::vector<char> bytes = ReadAll(source);
     for (int number = 0; number < NumbersTried; ++number) {
-        const std::wstring name = StoredName(number);
+        std::wstring name = StoredName(number);
         if (Exists(name) && ReadAll(name) == bytes) {
             return name;
         }
@@ -76,13 +77,12 @@ std::wstring NameFor(const std::wstring& source) {
 }
 
 bool FilesAreThere(const std::vector<std::wstring>& files, const std::wstring& folder) {
-    for (const std::wstring& file : files) {
-        if (!Exists(folder + file)) {
-            Note(L"missing: " + folder + file);
-            return false;
-        }
+    const auto missing = std::ranges::find_if(
+        files, [&](const std::wstring& file) { return !Exists(folder + file); });
+    if (missing != files.end()) {
+        Note(L"missing: " + folder + *missing);
     }
-    return true;
+    return missing == files.end();
 }
 
 // Windows keeps a driver's files in its driver store. Wine looks for them beside the stored INF.
@@ -102,12 +102,8 @@ void MakePnf(const std::wstring& inf) {
 }
 
 bool Names(const std::vector<std::wstring>& files, const std::wstring& file) {
-    for (const std::wstring& name : files) {
-        if (_wcsicmp(name.c_str(), file.c_str()) == 0) {
-            return true;
-        }
-    }
-    return false;
+    return std::ranges::any_of(
+        files, [&](const std::wstring& name) { return _wcsicmp(name.c_str(), file.c_str()) == 0; });
 }
 
 // True when an INF of the store other than `inf` has the file.
@@ -201,7 +197,7 @@ std::wstring StoreInf(const std::wstring& source) {
         SetLastError(ERROR_FILE_NOT_FOUND);
         return {};
     }
-    const std::wstring stored = NameFor(source);
+    std::wstring stored = NameFor(source);
     if (!Exists(stored) && !CopyFileW(source.c_str(), stored.c_str(), TRUE)) {
         return {};
     }

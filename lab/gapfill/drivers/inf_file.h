@@ -11,14 +11,14 @@ public:
     InfFile& operator=(const InfFile&) = delete;
 
     // False for a file that is missing or no INF; the last error tells why.
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    [[nodiscard]] bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
 
     // The lines of a section, each as key (empty when it has none) and values. A missing section
     // has no lines.
-    std::vector<std::vector<std::wstring>> Lines(const std::wstring& section) const;
+    [[nodiscard]] std::vector<std::vector<std::wstring>> Lines(const std::wstring& section) const;
 
     // The first value of a key, empty when it is missing.
-    std::wstring Value(const std::wstring& section, const std::wstring& key) const;
+    [[nodiscard]] std::wstring Value(const std::wstring& section, const std::wstring& key) const;
 
 private:
     HINF handle_;

@@ -7,17 +7,15 @@
 #include "journal.h"
 #include "originals.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace {
 
 bool HasId(HDEVINFO set, SP_DEVINFO_DATA* device, const wchar_t* id) {
-    for (const std::wstring& candidate : IdsOf(set, device)) {
-        if (_wcsicmp(candidate.c_str(), id) == 0) {
-            return true;
-        }
-    }
-    return false;
+    const std::vector<std::wstring> ids = IdsOf(set, device);
+    return std::ranges::any_of(
+        ids, [id](const std::wstring& candidate) { return _wcsicmp(candidate.c_str(), id) == 0; });
 }
 
 bool HasInstalledDriver(HDEVINFO set, SP_DEVINFO_DATA* device) {

@@ -50,6 +50,9 @@ output::LogLine SummaryOf(const std::wstring& folder, const std::wstring& name) 
 }
 
 int ExplainFolder(const std::wstring& folder, const ExplainOptions& options) {
+    if (!options.HtmlFile.empty() || !options.Packet.empty() || options.All) {
+        throw std::runtime_error("--html, --packet and --all are for one log, not for a folder");
+    }
     std::vector<output::LogLine> logs;
     std::vector<explain::Explanation> runs;
     for (const rules::PacketFile& file : rules::ListFolder(folder, true)) {

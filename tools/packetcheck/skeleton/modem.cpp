@@ -44,8 +44,7 @@ std::wstring Drive(const Storage& storage) {
 
 std::wstring WholeDevice(const Device& device) {
     const std::wstring id = L"USB\\VID_" + device.Vendor + L"&PID_" + device.Product;
-    return L"\n[node whole device]\ndevice = " + id +
-           L"\ninstance = 0000000001\ninterface = usb\nhardware = " + id +
+    return L"\n[node whole device]\ndevice = " + id + L"\ninstance = 0000000001\nhardware = " + id +
            L"&REV_0100\nhardware = " + id + L"\ncompatible = USB\\COMPOSITE\nclass = USB\n";
 }
 
@@ -58,7 +57,6 @@ std::wstring FunctionNode(const Device& device, std::size_t function) {
                         L"\ninstance = " +
                         (isWhole ? L"0000000001" : L"6&1A2B&0&000" + std::to_wstring(function)) +
                         L"\nhardware = " + id + L"\n";
-    text += isWhole ? L"interface = usb\n" : L"";
     return text + L"arrives-after = " + std::to_wstring(First + Step * function) + L"\n";
 }
 

@@ -2,6 +2,7 @@
 // and run by the program on the simulated machine.
 //
 // PACKETCHECK_PACKETS: how many, PACKETCHECK_SEED: the first seed. A failure names its seed.
+#include "proof/lab_packet.h"
 #include "proof/scene.h"
 #include "proof/told.h"
 #include "setup/run_program.h"
@@ -72,8 +73,7 @@ std::map<std::wstring, std::string> FilesOf(const Machine& m, const std::wstring
 }
 
 // All on one machine: making one takes longer than a run.
-Played Play(std::uint32_t seed, PacketFolder& folder) {
-    const RandomPacket packet = MakePacket(seed);
+Played Play(const RandomPacket& packet, std::uint32_t seed, PacketFolder& folder) {
     Machine m;
     PutPacket(m, packet);
     folder.Keep(FilesOf(m, L"D:\\Packet\\"));
@@ -235,11 +235,17 @@ void Compare(const Played& played, const Json& install) {
     }
 }
 
+void Replace(std::wstring& text, std::wstring_view from, std::wstring_view to) {
+    const std::size_t at = text.find(from);
+    REQUIRE(at != std::wstring::npos);
+    text.replace(at, from.size(), to);
+}
+
 void CompareSeeds(std::uint32_t first, std::uint32_t count) {
     PacketFolder folder;
     std::vector<Played> played;
     for (std::uint32_t seed = first; seed < first + count; ++seed) {
-        played.push_back(Play(seed, folder));
+        played.push_back(Play(MakePacket(seed), seed, folder));
     }
     const std::vector<Json> installs = folder.Plans(L"-i");
     REQUIRE(installs.size() == count);
@@ -259,9 +265,29 @@ TEST_CASE("The plans of random packets are what their runs do") {
     }
 }
 
+TEST_CASE("The plan of the lab's packet, with each MODE, is what its runs do") {
+    PacketFolder folder;
+    std::vector<Played> played;
+    for (const wchar_t* const mode : {L"MODE=0", L"MODE=1", L"MODE=2"}) {
+        RandomPacket packet = LabPacket();
+        Replace(packet.Ini, L"MODE=1", mode);
+        // The drive of this machine.
+        Replace(packet.Ini, L"&Prod_Modem&Rev_0100", L"&Rev_1");
+        played.push_back(Play(packet, static_cast<std::uint32_t>(played.size()), folder));
+    }
+    const std::vector<Json> installs = folder.Plans(L"-i");
+    REQUIRE(installs.size() == played.size());
+    for (std::size_t index = 0; index < played.size(); ++index) {
+        CHECK(installs[index].at("infs").size() == 4);
+        CHECK(installs[index].at("outcome") == "success");
+        Compare(played[index], installs[index]);
+    }
+}
+
 TEST_CASE("The plan of an uninstall is the one that the plan of an install ends with") {
     PacketFolder folder;
-    Play(NumberFrom("PACKETCHECK_SEED", 1), folder);
+    const std::uint32_t seed = NumberFrom("PACKETCHECK_SEED", 1);
+    Play(MakePacket(seed), seed, folder);
     const Json install = folder.Plans(L"-i").front();
     const Json uninstall = folder.Plans(L"-u").front();
     CHECK(uninstall.at("run") == "uninstall");

@@ -27,7 +27,7 @@ mkdir -p build/all
     add release 120 /usr/bin/python3 -B "$PWD/release/tests/release_test.py"
     add release.same_anywhere 600 "$PWD/release/tests/same_anywhere.sh"
     while read -r name; do
-        add "lab.$name" 900 "$PWD/lab/tests/run" "$name"
+        add "lab.$name" 900 "$PWD/lab/tests/run" --jobs 2 "$name"
     done < <(lab/tests/run --list)
     for preset in native mingw; do
         printf 'subdirs([=[%s]=])\n' "$PWD/build/$preset"

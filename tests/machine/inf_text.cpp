@@ -1,7 +1,7 @@
 #include "machine/inf_text.h"
 
-#include "machine/real_copies.h"
-#include "machine/sandbox.h"
+#include "machine/files/real_copies.h"
+#include "machine/files/sandbox.h"
 #include "machine/text.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "machine/machine.h"
 
+#include "machine/files/real_copies.h"
+#include "machine/files/sandbox.h"
 #include "machine/guarded_memory.h"
-#include "machine/real_copies.h"
-#include "machine/sandbox.h"
 #include "machine/state.h"
 #include "machine/text.h"
 #include "support/program_state.h"

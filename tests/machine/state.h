@@ -1,7 +1,7 @@
 // The machine's inside, shared by its facade and its hooks. Tests do not include this.
 #pragma once
 
-#include "machine/file_tree.h"
+#include "machine/files/file_tree.h"
 #include "machine/handles.h"
 #include "machine/machine.h"
 #include "machine/scheduler.h"

@@ -1,9 +1,9 @@
 // newdev.dll: installing drivers on devices.
+#include "machine/files/sandbox.h"
 #include "machine/hooks/device_sets.h"
 #include "machine/hooks/inf_store.h"
 #include "machine/hooks/library_functions.h"
 #include "machine/inf_text.h"
-#include "machine/sandbox.h"
 
 #include <algorithm>
 

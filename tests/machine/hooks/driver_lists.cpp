@@ -1,7 +1,7 @@
 // Driver lists of devices and their entries.
+#include "machine/files/sandbox.h"
 #include "machine/hooks/device_sets.h"
 #include "machine/inf_text.h"
-#include "machine/sandbox.h"
 
 #include <algorithm>
 #include <cstddef>

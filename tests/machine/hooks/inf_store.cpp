@@ -2,9 +2,9 @@
 #include "machine/hooks/inf_store.h"
 
 #include "machine/call.h"
+#include "machine/files/sandbox.h"
 #include "machine/hooks/library_functions.h"
 #include "machine/inf_text.h"
-#include "machine/sandbox.h"
 
 #include <algorithm>
 

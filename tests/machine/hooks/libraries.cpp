@@ -1,7 +1,7 @@
 // Modules: the executable itself, and libraries that the program loads by name or path.
 #include "machine/call.h"
+#include "machine/files/sandbox.h"
 #include "machine/hooks/library_functions.h"
-#include "machine/sandbox.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The registry, real below a sandbox key. Like Windows, these functions report an error as their
 // result and leave the thread's last error alone.
 #include "machine/call.h"
-#include "machine/sandbox.h"
+#include "machine/files/sandbox.h"
 
 namespace {
 

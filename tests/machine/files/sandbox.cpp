@@ -1,6 +1,6 @@
-#include "machine/sandbox.h"
+#include "machine/files/sandbox.h"
 
-#include "machine/real_copies.h"
+#include "machine/files/real_copies.h"
 #include "machine/text.h"
 
 #include <array>

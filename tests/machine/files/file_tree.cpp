@@ -1,4 +1,4 @@
-#include "machine/file_tree.h"
+#include "machine/files/file_tree.h"
 
 #include "machine/text.h"
 

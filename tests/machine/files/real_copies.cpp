@@ -1,4 +1,4 @@
-#include "machine/real_copies.h"
+#include "machine/files/real_copies.h"
 
 #include <algorithm>
 #include <array>

@@ -345,6 +345,7 @@ Lines Tell(const Scenario& scenario, const std::string& ini) {
     // What the pages say of devices has them in this order, and an uninstall gives up where the
     // size of a driver's details is not told by a refusal.
     m.Windows().Devices = Variants::Order::ById;
+    m.Windows().UninstallDeletesFiles = false;
     m.Windows().DriverDetail = Variants::SizeQuery::TooSmall;
     m.WriteIni(Wide(ini));
     if (scenario.Prepare != nullptr) {

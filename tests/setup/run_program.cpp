@@ -21,9 +21,10 @@ Inf NetInf() {
 }
 
 void WriteSettings(Machine& m, const std::wstring& ini) {
-    // What is told of these runs has the devices in this order, and an uninstall gives up where the
-    // size of a driver's details is not told by a refusal.
+    // What is told of these runs has the devices in this order, and the driver file left to the
+    // program. An uninstall gives up where the size of a driver's details is not told by a refusal.
     m.Windows().Devices = Variants::Order::ById;
+    m.Windows().UninstallDeletesFiles = false;
     m.Windows().DriverDetail = Variants::SizeQuery::TooSmall;
     // Decorated: of two sections of the same name only the first is read, and that is the test's.
     m.WriteIni(ini + L"\r\n[INSTALL.WIN7]\r\nCOPYOEMTIMEOUT=60\r\nRETRYCOUNT=1\r\nINTERVAL=2\r\n"

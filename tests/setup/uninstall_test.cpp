@@ -427,6 +427,15 @@ TEST_CASE("Driver files are deleted from the fixed folder, wherever Windows is")
     CHECK_FALSE(m.Exists(L"C:\\Windows\\System32\\drivers\\modem.sys"));
 }
 
+TEST_CASE("Where the system deletes the driver files with the INF, the uninstall finds none") {
+    Machine m;
+    SetUp(m);
+    m.Windows().UninstallDeletesFiles = true;
+    CHECK(UnInstall(true));
+    CHECK(m.Files(L"C:\\Windows") == WideTexts{L"C:\\Windows\\INF\\usb.inf"});
+    CHECK(m.Log().back() == "RemoveFile: File C:\\windows\\system32\\drivers\\modem.sys not exist");
+}
+
 TEST_CASE("A packet without driver files is uninstalled all the same") {
     Machine m;
     SetUp(m);

@@ -72,6 +72,8 @@ TEST_CASE("An uninstall run survives every failing call") {
     FailEachCall({.Name = "-u",
                   .Describe =
                       [](Machine& m) {
+                          // Told otherwise, an uninstall gives up.
+                          m.Windows().DriverDetail = Variants::SizeQuery::TooSmall;
                           Describe(m, L"1");
                           m.AddOemInf(Inf{.Class = L"Ports", .Ids = {Modem}});
                           m.WriteText(L"D:\\Packet\\WIN7\\modem.sys", L"driver");

@@ -3,7 +3,7 @@
 #include "commands/arguments.h"
 #include "commands/packet_folders.h"
 #include "output/files.h"
-#include "output/plan_html.h"
+#include "output/pages/plan_html.h"
 #include "output/plan_json.h"
 #include "output/plan_text.h"
 #include "output/terminal.h"

@@ -11,7 +11,7 @@
 
 #include "common/text.h"
 #include "platform/platform.h"
-#include "rehearsal/file_cache.h"
+#include "rehearsal/cache/file_cache.h"
 #include "rehearsal/recording.h"
 
 #include <map>

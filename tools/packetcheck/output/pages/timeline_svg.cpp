@@ -1,6 +1,6 @@
-#include "output/timeline_svg.h"
+#include "output/pages/timeline_svg.h"
 
-#include "output/html.h"
+#include "output/pages/html.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 // times.
 #pragma once
 
-#include "rehearsal/inf_cache.h"
+#include "rehearsal/cache/inf_cache.h"
 
 #include <map>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "output/html.h"
+#include "output/pages/html.h"
 
 namespace output::html {
 

@@ -1,6 +1,6 @@
-#include "output/plan_html.h"
+#include "output/pages/plan_html.h"
 
-#include "output/html.h"
+#include "output/pages/html.h"
 #include "output/plan_words.h"
 #include "output/utf8.h"
 #include "plan/operations.h"

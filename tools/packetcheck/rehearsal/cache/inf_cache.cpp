@@ -1,4 +1,4 @@
-#include "rehearsal/inf_cache.h"
+#include "rehearsal/cache/inf_cache.h"
 
 namespace rehearsal {
 

@@ -1,8 +1,8 @@
-#include "output/explain_html.h"
+#include "output/pages/explain_html.h"
 
 #include "explain/log_page.h"
-#include "output/html.h"
-#include "output/timeline_svg.h"
+#include "output/pages/html.h"
+#include "output/pages/timeline_svg.h"
 
 namespace output {
 

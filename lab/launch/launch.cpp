@@ -52,14 +52,32 @@ HANDLE MakeJob() {
     return job;
 }
 
+bool Start(wchar_t* commandLine, PROCESS_INFORMATION& made) {
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    return CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                          nullptr, &startup, &made) != FALSE;
+}
+
+// On a busy host Wine 8 fails now and then to make a process, with ERROR_INTERNAL_ERROR: nothing
+// has run then, and it is tried once more.
+bool StartOrTryAgain(wchar_t* commandLine, PROCESS_INFORMATION& made) {
+    std::wstring copy = commandLine; // CreateProcessW may write into it
+    if (Start(copy.data(), made)) {
+        return true;
+    }
+    if (GetLastError() != ERROR_INTERNAL_ERROR) {
+        return false;
+    }
+    std::fprintf(stderr, "launch: no process could be made, tried again\n");
+    return Start(commandLine, made);
+}
+
 // False leaves the reason in the last error.
 bool Run(wchar_t* commandLine, DWORD& status) {
     const Handle job(MakeJob());
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
     PROCESS_INFORMATION made = {};
-    if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
-                        nullptr, &startup, &made)) {
+    if (!StartOrTryAgain(commandLine, made)) {
         return false;
     }
     const Handle process(made.hProcess);

@@ -82,7 +82,8 @@ def run(options: argparse.Namespace) -> int:
         return LAB_ERROR
     print(f"{outcome.ended} after {outcome.seconds:.1f} s")
     if picture:
-        print(f"screenshot: {picture}" if picture.exists() else "no window was shown")
+        print(f"screenshot: {picture}" if picture.exists()
+              else "no picture was taken: the program ended too soon")
     if outcome.exit_code != 1:
         return FAILED
     return _look_for_undriven(machine) if options.switch == "-i" else DONE

@@ -215,7 +215,10 @@ class Machine:
 
     def shoot(self, path: pathlib.Path) -> bool:
         """Takes a picture of the machine's screen; false when it has none."""
-        return self._screen is not None and self._screen.shoot(path)
+        if self._screen is None:
+            return False
+        self._screen.shoot(path)
+        return True
 
     def _environment(self) -> dict[str, str]:
         return {"GAPFILL_JOURNAL": "C:\\gapfill.log", "GAPFILL_PACE": str(self.pace),
@@ -246,12 +249,21 @@ class Machine:
             during: Callable[["Machine", subprocess.Popen], object] | None = None,
             program: str = "Setup.exe") -> Outcome:
         """Runs a program to its end. `follow` is called with each new part of the log; `during`
-        runs beside the program, in a thread of its own, with the machine and the process."""
+        runs beside the program, in a thread of its own, with the machine and the process; an error
+        of it is one of the run."""
         begun = time.monotonic()
         old = shown = len(self.log())
         process = self.start(*arguments, program=program)
-        helper = threading.Thread(target=during or (lambda *_: None), args=(self, process),
-                                  daemon=True)
+        failures: list[Exception] = []
+
+        def beside() -> None:
+            try:
+                if during:
+                    during(self, process)
+            except Exception as failure:  # pylint: disable=broad-except
+                failures.append(failure)
+
+        helper = threading.Thread(target=beside, daemon=True)
         helper.start()
         stopped = False
         try:
@@ -266,6 +278,8 @@ class Machine:
                 process.kill()
                 process.wait()
         helper.join(timeout)
+        if failures:
+            raise failures[0]
         self._show(follow, shown)
         seconds = time.monotonic() - begun
         return Outcome(None if stopped else self._exit_code(), seconds, self.log()[old:])

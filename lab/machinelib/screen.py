@@ -33,12 +33,21 @@ class Screen:
             raise layout.LabError("no X server could be started (Xvfb)")
         return cls(":" + number, process.pid)
 
-    def shoot(self, path: pathlib.Path) -> bool:
-        """Writes the whole screen to a .png file; true when that worked."""
-        done = subprocess.run(["import", "-display", self.display, "-window", "root", str(path)],
-                              timeout=30, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                              check=False)
-        return done.returncode == 0 and path.exists()
+    def shoot(self, path: pathlib.Path) -> None:
+        """Writes the whole screen to a .png file. Tried twice, and then a LabError."""
+        said = ""
+        for _ in range(2):
+            try:
+                done = subprocess.run(
+                    ["import", "-display", self.display, "-window", "root", str(path)],
+                    timeout=30, capture_output=True, text=True, check=False)
+            except subprocess.TimeoutExpired:
+                said = "import took more than 30 s"
+                continue
+            if done.returncode == 0 and path.exists():
+                return
+            said = done.stderr.strip()
+        raise layout.LabError(f"no picture could be taken of the screen: {said}")
 
     def end(self) -> None:
         command = pathlib.Path(f"/proc/{self.process}/comm")

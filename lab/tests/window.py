@@ -8,6 +8,7 @@ from collections.abc import Iterable
 import _check
 import _scenario
 from machinelib import host, layout
+from machinelib.machine import Machine
 
 Edges = tuple[int, int, int, int]
 # the window's edges, its text's edges, the text's points
@@ -54,7 +55,7 @@ def picture_in(language: str, resolution: int) -> Look:
                 f'[{SCREEN}]\n"LogPixels"=dword:{resolution:08x}\n')
         picture = on.folder / "window.png"
 
-        def shoot(_, process):
+        def shoot(_: Machine, process: subprocess.Popen) -> None:
             host.wait_until(lambda: "Setup process complete" in on.log()
                             or process.poll() is not None, 30)
             host.wait_until(lambda: process.poll() is not None, 1)

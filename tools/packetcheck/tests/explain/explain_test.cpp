@@ -219,6 +219,34 @@ TEST_CASE("Each run of a log is told, and a whole one is without doubt") {
     }
 }
 
+TEST_CASE("What stands behind the closing line does not change the verdict, and is shown") {
+    log_maker::Log log;
+    log.Line("Setup: Main thread started, thread id 0x00000100");
+    log.Line("AutoDeviceMatch: Auto matching device...");
+    log.Line("Setup: Setup process complete, total 9 seconds used");
+    log.Line("CHookHelper: UnInstall hook fail, error code is 0x00000005");
+    const Explanation run = LastRunOf(log.Bytes());
+    CHECK(run.End == Ending::Success);
+    CHECK(run.Harmless.empty());
+    REQUIRE(run.AfterTheEnd.size() == 1);
+    CHECK(run.AfterTheEnd.front().CodeMeaning.starts_with("access denied"));
+}
+
+TEST_CASE("A code that belongs to an earlier call is not explained") {
+    log_maker::Log log;
+    log.Line("Setup: Main thread started, thread id 0x00000100");
+    log.Line("RefreshDeviceSet: Reenumerate device node fail,error code 0x00000005");
+    log.Line("ExecuteSingleRegeditReq: Register operation fail, req x error code 0x00000002");
+    log.Line("ExecuteSingleRegeditReq: Register operation fail, req y error code 0x00000057");
+    log.Line("Setup: Setup process fail,see more detail in log file");
+    const Explanation run = LastRunOf(log.Bytes());
+    REQUIRE(run.Why);
+    CHECK(run.Why->Detail.empty());
+    CHECK(run.Why->Lines.front().CodeMeaning.find("earlier call") != std::string::npos);
+    REQUIRE(run.Harmless.size() == 1);
+    CHECK(run.Harmless.front().More == 1);
+}
+
 TEST_CASE("What the rollback left is told") {
     CHECK(Contains(LastRun(LogPath("copy-hangs")).Left, "ompnet.inf was still being copied"));
     log_maker::Log log;

@@ -256,6 +256,12 @@ TEST_CASE("A file whose name equals a folder that is already listed is left out"
           DriverFileList{{L"13", L"x.sys"}});
 }
 
+TEST_CASE("The case of such a name does not count") {
+    CHECK(FilesOf(Models + L"[Install.NT]\r\nCopyFiles=A,B\r\n[A]\r\nx.sys\r\n[B]\r\nfolder\r\n"
+                           L"[DestinationDirs]\r\nDefaultDestDir=FOLDER\r\n") ==
+          DriverFileList{{L"FOLDER", L"x.sys"}});
+}
+
 TEST_CASE("Copy sections are distinct, case ignored, over all install sections") {
     CHECK(FilesOf(L"[Manufacturer]\r\nMaker=Models\r\n[Models]\r\nd=One,ID1\r\ne=Two,ID2\r\n"
                   L"[One.NT]\r\nCopyFiles=A\r\nCopyFiles=B,a\r\n[Two.NTamd64]\r\ncopyfiles=b\r\n"

@@ -86,6 +86,13 @@ TEST_CASE("A run that ends well tells its seconds, pauses and cleans the hook") 
     CHECK(m.Now() == 2000ms);
 }
 
+TEST_CASE("A medium that vanishes must not stop a run with a box") {
+    Machine m;
+    SetUpModem(m, L"[INSTALL]\r\nMODE=3\r\n");
+    CHECK(RunProgram(L"-i") == 1);
+    CHECK(m.ErrorMode() == (SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX));
+}
+
 TEST_CASE("The seconds of a run are whole seconds of calendar time") {
     Machine m;
     SetUpModem(m, L"[INSTALL]\r\nMODE=1\r\n[ENUM]\r\nSCSIRSPTIMEOUT=70\r\n");

@@ -158,6 +158,14 @@ TEST_CASE("A serial number that looks like the mark of an interface makes none o
     CHECK(removing[3] == "UnInstall: Removing device " + Utf8(serial));
 }
 
+TEST_CASE("The driver list of each device is let go when it has been read") {
+    Machine m;
+    SetUp(m);
+    CHECK(UnInstall(true));
+    CHECK(m.CallsOf("SetupDiBuildDriverInfoList").size() == 3);
+    CHECK(m.CallsOf("SetupDiDestroyDriverInfoList").size() == 3);
+}
+
 TEST_CASE("A removal goes through the class installer, from all hardware profiles") {
     Machine m;
     SetUp(m);

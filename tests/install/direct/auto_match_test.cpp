@@ -189,6 +189,8 @@ TEST_CASE("A composite device that cannot be disabled ends the final chance") {
                     {FinalChanceLine,
                      "CompositeDeviceSetup: Get USB device set fail,error code 0x00000005",
                      "AutoDeviceMatch: Disable composite device fail,error code 0x00000005"}));
+    // No further look.
+    CHECK(m.CallsOf("SetupDiGetClassDevsW").size() == 2);
 }
 
 TEST_CASE("A composite device that cannot be enabled ends the final chance") {
@@ -204,6 +206,7 @@ TEST_CASE("A composite device that cannot be enabled ends the final chance") {
                     {FinalChanceLine,
                      "CompositeDeviceSetup: Get USB device set fail,error code 0x000005AA",
                      "AutoDeviceMatch: Enable composite device fail,error code 0x000005AA"}));
+    CHECK(m.CallsOf("SetupDiGetClassDevsW").size() == 3);
 }
 
 TEST_CASE("With a match mode of 2 two of three functions are enough") {

@@ -259,6 +259,25 @@ TEST_CASE("A CD-ROM matches by its whole first ID, revision included, the case i
     }
 }
 
+TEST_CASE("An order that succeeds is logged with 0, whatever error an earlier call left") {
+    Machine m;
+    m.Windows().AfterSuccess = Variants::LastError::Stray;
+    DescribeUsb(m);
+    m.AddDevice(UsbStick());
+    CHECK(ShiftDevice());
+    CHECK(m.Log().back() == UsbEnd);
+}
+
+TEST_CASE("A command that succeeds is logged with 0, whatever error an earlier call left") {
+    Machine m;
+    m.Windows().AfterSuccess = Variants::LastError::Stray;
+    DescribeScsi(m, L"1b");
+    m.AddDevice(CdRomDrive());
+    CHECK(ShiftDevice());
+    CHECK(m.Log().back() ==
+          "ShiftDevice: Send SCSI cmd 1b finish,result is 0x00000000,begin to install driver");
+}
+
 TEST_CASE("A device that is not present is not found, which is no failure") {
     Machine m;
     DescribeUsb(m);

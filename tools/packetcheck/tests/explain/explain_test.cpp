@@ -74,6 +74,10 @@ Explanation LastRunOf(const std::string& bytes) {
     return LastRun(folder.Path() + L"\\Setup.log");
 }
 
+std::string CauseIn(const Explanation& run) {
+    return run.Why ? run.Why->Name : std::string();
+}
+
 bool Contains(const std::vector<std::string>& texts, const std::string& part) {
     for (const std::string& text : texts) {
         if (text.find(part) != std::string::npos) {
@@ -94,7 +98,7 @@ TEST_CASE("The cause of each failing run is found, before the rollback and at it
         REQUIRE(log.Runs.size() == 1);
         const Explanation& run = log.Runs.front();
         CHECK(run.End == expected.End);
-        CHECK((run.Why ? run.Why->Name : "") == expected.Cause);
+        CHECK(CauseIn(run) == expected.Cause);
         CHECK((run.Why ? run.Why->Detail : "") == expected.Detail);
         CHECK(run.Where.substr(0, run.Where.find_first_of(",;")) == expected.Step);
         causes.insert(expected.Cause);
@@ -135,7 +139,7 @@ TEST_CASE("A failure below the composite set-up does not fail the run") {
     log.Line("Setup: Setup process fail,see more detail in log file");
     const Explanation run = LastRunOf(log.Bytes());
     REQUIRE(run.Why);
-    CHECK(run.Why->Name == "windows-device-list");
+    CHECK(CauseIn(run) == "windows-device-list");
     REQUIRE(run.Harmless.size() == 1);
     CHECK(run.Harmless.front().Number == 3);
 }
@@ -144,21 +148,21 @@ TEST_CASE("Failures without a line are told from what stands around them") {
     log_maker::Log version;
     version.Line("Setup: Main thread started, thread id 0x00000100");
     version.Line("Setup: Setup process fail,see more detail in log file");
-    CHECK(LastRunOf(version.Bytes()).Why->Name == "version-box");
+    CHECK(CauseIn(LastRunOf(version.Bytes())) == "version-box");
 
     log_maker::Log cleanup;
     cleanup.Line("Setup: Main thread started, thread id 0x00000100");
     cleanup.Line("GetDriverDir: Get system WIN10\tbit 64");
     cleanup.Line("Setup: Setup process fail,begin rollback...");
     cleanup.Line("Setup: Setup process fail,see more detail in log file");
-    CHECK(LastRunOf(cleanup.Bytes()).Why->Name == "cleanup-broke-off");
+    CHECK(CauseIn(LastRunOf(cleanup.Bytes())) == "cleanup-broke-off");
 
     log_maker::Log quit;
     quit.Line("Setup: Main thread started, thread id 0x00000100");
     quit.Line("PreInstall: Workitem thread started, thread id 0x00000104");
     quit.Line("Setup: Setup process fail,begin rollback...");
     quit.Line("Setup: Setup process fail,see more detail in log file");
-    CHECK(LastRunOf(quit.Bytes()).Why->Name == "staging-cut-short");
+    CHECK(CauseIn(LastRunOf(quit.Bytes())) == "staging-cut-short");
 }
 
 TEST_CASE("A success with fewer functions than the packet lists is doubtful") {
@@ -230,6 +234,16 @@ TEST_CASE("What stands behind the closing line does not change the verdict, and 
     CHECK(run.Harmless.empty());
     REQUIRE(run.AfterTheEnd.size() == 1);
     CHECK(run.AfterTheEnd.front().CodeMeaning.starts_with("access denied"));
+}
+
+TEST_CASE("Where staging and fallback both failed, the staging is the cause") {
+    log_maker::Log log;
+    log.Line("Setup: Main thread started, thread id 0x00000100");
+    log.Line("PreInstall: Message 0x123 from thread 0x00000104");
+    log.Line("AutoDeviceMatch: No device matched in 5 seconds");
+    log.Line("Setup: Setup process fail,begin rollback...");
+    log.Line("Setup: Setup process fail,see more detail in log file");
+    CHECK(CauseIn(LastRunOf(log.Bytes())) == "staging-cut-short");
 }
 
 TEST_CASE("A code that belongs to an earlier call is not explained") {
@@ -329,8 +343,8 @@ TEST_CASE("Two runs that write at the same time are told apart by their threads"
     folder.Fill({{"Setup.log", log.Bytes()}});
     const LogExplanation both = Explained(folder.Path() + L"\\Setup.log", true);
     REQUIRE(both.Runs.size() == 2);
-    CHECK(both.Runs[0].Why->Name == "switch-not-configured");
-    CHECK(both.Runs[1].Why->Name == "device-not-there");
+    CHECK(CauseIn(both.Runs[0]) == "switch-not-configured");
+    CHECK(CauseIn(both.Runs[1]) == "device-not-there");
     CHECK(Contains(both.Runs[0].Remarks, "another run wrote"));
 }
 
@@ -348,10 +362,10 @@ TEST_CASE("Another library's form of the same texts is understood") {
         }
     }
     const Explanation bare = LastRunOf(plain);
-    CHECK(bare.Why->Name == "device-not-there");
+    CHECK(CauseIn(bare) == "device-not-there");
     CHECK(Contains(bare.Remarks, "no times"));
     const Explanation dated = LastRunOf(wide);
-    CHECK(dated.Why->Name == "device-not-there");
+    CHECK(CauseIn(dated) == "device-not-there");
     CHECK(explain::TimeText(*dated.Began) == "2026-03-14 09:26:53");
 }
 

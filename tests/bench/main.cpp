@@ -1,5 +1,5 @@
 // How the cost of an install run grows with the packet, the store and the devices. Prints a table
-// and growth exponents for both roads; asserts nothing.
+// and growth exponents for both ways; asserts nothing.
 #include "bench/install_run.h"
 
 #include <cmath>
@@ -23,7 +23,7 @@ struct Axes {
 using Table = std::map<std::tuple<int, int, int>, Cost>;
 
 const char* NameOf(int mode) {
-    return mode == 0 ? "staging road, MODE 0" : "direct road, MODE 1";
+    return mode == 0 ? "staging, MODE 0" : "direct, MODE 1";
 }
 
 Table Measure(int mode, const Axes& axes) {
@@ -103,7 +103,8 @@ int main(int count, char** arguments) {
         "\nWhere it grows by rule: nothing that was read is kept. Each INF of the packet reads\n"
         "every OEM INF of the store anew (packet x OEM), each section asks the parser for the "
         "file\n"
-        "three times, and the direct road looks for a device's INF in the whole packet at each\n"
+        "three times, and the direct installation looks for a device's INF in the whole packet at "
+        "each\n"
         "try (packet x packet). Each INF of the packet walks all USB devices (packet x "
         "devices).\n");
     return 0;

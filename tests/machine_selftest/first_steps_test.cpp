@@ -1,4 +1,4 @@
-// The machine's own tests: the program's road into it, and the journal.
+// The machine's own tests: the program's way into it, and the journal.
 #include "machine/machine.h"
 #include "support/doctest_support.h"
 

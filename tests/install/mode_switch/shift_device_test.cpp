@@ -123,7 +123,7 @@ TEST_CASE("Any other shift mode sends the SCSI command to the CD-ROM") {
     }
 }
 
-TEST_CASE("The SCSI road asks, opens and sends in this order") {
+TEST_CASE("The SCSI way asks, opens and sends in this order") {
     Machine m;
     DescribeScsi(m);
     m.AddDevice(CdRomDrive());
@@ -333,7 +333,7 @@ TEST_CASE("A SCSI command that the device refuses is only logged") {
     CheckTidy(m);
 }
 
-TEST_CASE("Each system call of the control-code road that fails has its line") {
+TEST_CASE("Each system call of the control-code way that fails has its line") {
     struct Row {
         const char* Function;
         int Call;
@@ -368,7 +368,7 @@ TEST_CASE("Each system call of the control-code road that fails has its line") {
     }
 }
 
-TEST_CASE("Each system call of the SCSI road that fails has its line") {
+TEST_CASE("Each system call of the SCSI way that fails has its line") {
     struct Row {
         const char* Function;
         const char* Line;

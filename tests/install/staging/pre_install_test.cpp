@@ -1,4 +1,4 @@
-// The staging road as the main thread walks it: its steps, their lines, and what follows a success
+// The staging as the main thread runs it: its steps, their lines, and what follows a success
 // or a failure. staging_threads.cpp shows how the threads meet.
 #include "install/staging/staging_packet.h"
 #include "support/doctest_support.h"

@@ -27,7 +27,7 @@ const char* const Expressions[] = {
 
 // Far from what any run needs, near enough to end one that hangs.
 void LimitRun(Machine& m, const Scenario& scenario) {
-    constexpr int GuardedBlocks = 7;
+    constexpr int GuardedBlocks = 29;
     m.SetStepBudget(CallBudget, std::chrono::hours(24));
     if (scenario.CountSettings) {
         m.CountSettingsToo();

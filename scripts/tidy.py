@@ -23,7 +23,16 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 COMPILER = "x86_64-w64-mingw32-g++-win32"
 CONFIGURATION = ROOT / ".clang-tidy"
-LOOKED_AT = ["src/*.cpp", "companions/*.cpp"]
+# What ships is looked at with everything that is on.
+SHIPPED = ["src/*.cpp", "companions/*.cpp"]
+# Ten times as much code, which nobody takes home: with checks that cost little, so that the whole
+# test command keeps its time.
+BENCH = ["tests/*.cpp", "lab/*.cpp", "tools/*.cpp", ":!tests/native/*", ":!tests/fuzz/*",
+         ":!tests/probe/*"]
+BENCH_CHECKS = ",".join([
+    "-*", "readability-identifier-naming", "readability-container-contains", "misc-unused-*",
+    "performance-for-range-copy", "performance-unnecessary-*", "modernize-use-override",
+    "modernize-use-nullptr", "bugprone-use-after-move"])
 JOBS = 2
 # Most of the time goes into the system's headers, which a group reads once. More than this would
 # keep one core waiting for the other.
@@ -39,6 +48,7 @@ class Source:
     """A file and how it is compiled."""
     path: pathlib.Path
     call: tuple[str, ...]
+    checks: str  # put behind those of the configuration
 
 
 @functools.cache
@@ -66,18 +76,23 @@ def clang_call(command: str) -> tuple[str, ...]:
     return tuple(result)
 
 
+def tracked(patterns: list[str]) -> list[pathlib.Path]:
+    """The files under version control that are there."""
+    names = subprocess.run(["git", "ls-files", *patterns], cwd=ROOT, capture_output=True,
+                           text=True, check=True).stdout.split()
+    return [ROOT / name for name in names if (ROOT / name).is_file()]
+
+
 def sources_in(commands_file: pathlib.Path) -> list[Source]:
     """The files to look at. What is built in two ways is looked at as it is built first."""
     commands: dict[str, str] = {}
     for entry in json.loads(commands_file.read_text("utf-8")):
         commands.setdefault(entry["file"], entry["command"])
-    tracked = subprocess.run(["git", "ls-files", *LOOKED_AT], cwd=ROOT, capture_output=True,
-                             text=True, check=True).stdout.split()
-    paths = [ROOT / name for name in tracked if (ROOT / name).is_file()]
-    unknown = [str(path) for path in paths if str(path) not in commands]
+    checks = dict.fromkeys(tracked(BENCH), BENCH_CHECKS) | dict.fromkeys(tracked(SHIPPED), "")
+    unknown = [str(path) for path in checks if str(path) not in commands]
     if unknown:
         sys.exit(f"{commands_file} does not tell how to compile {', '.join(unknown)}")
-    return [Source(path, clang_call(commands[str(path)])) for path in paths]
+    return [Source(path, clang_call(commands[str(path)]), more) for path, more in checks.items()]
 
 
 def own_headers(path: pathlib.Path, folders: list[pathlib.Path], seen: set[pathlib.Path]) -> None:
@@ -94,7 +109,8 @@ def own_headers(path: pathlib.Path, folders: list[pathlib.Path], seen: set[pathl
 
 def stamp_of(source: Source) -> str:
     """A name that changes with whatever decides the outcome."""
-    digest = hashlib.sha256(CONFIGURATION.read_bytes() + "\0".join(source.call).encode())
+    decisive = "\0".join([source.checks, *source.call])
+    digest = hashlib.sha256(CONFIGURATION.read_bytes() + decisive.encode())
     folders = [pathlib.Path(word[2:]) for word in source.call if word.startswith("-I")]
     files: set[pathlib.Path] = set()
     own_headers(source.path, folders, files)
@@ -130,13 +146,13 @@ def passes_together(sources: list[Source]) -> bool:
         group.flush()
         folders = dict.fromkeys(f"-iquote{source.path.parent}" for source in sources)
         return tidy(pathlib.Path(group.name), (*sources[0].call, *folders),
-                    f"--checks={NOT_IN_GROUPS}")[0]
+                    f"--checks={sources[0].checks},{NOT_IN_GROUPS}".replace("=,", "="))[0]
 
 
 def look_at(sources: list[Source]) -> dict[pathlib.Path, str]:
     """{file: what was found, empty for nothing} for files that are compiled in the same way."""
     if len(sources) == 1:
-        passed, text = tidy(sources[0].path, sources[0].call)
+        passed, text = tidy(sources[0].path, sources[0].call, f"--checks={sources[0].checks}")
         return {sources[0].path: "" if passed else text or "clang-tidy failed\n"}
     apart = clashing(sources)
     rest = [source for source in sources if source.path not in apart]
@@ -152,7 +168,7 @@ def groups(sources: list[Source]) -> list[list[Source]]:
     """The files that are compiled in the same way, in groups of a bearable size, the large first."""
     alike = collections.defaultdict(list)
     for source in sources:
-        alike[source.call].append(source)
+        alike[source.checks, source.call].append(source)
     parts = [files[i:i + TOGETHER] for files in alike.values()
              for i in range(0, len(files), TOGETHER)]
     return sorted(parts, key=len, reverse=True)

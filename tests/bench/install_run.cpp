@@ -85,10 +85,10 @@ double ProcessorSeconds() {
 }
 
 bool IsParserCall(const std::string& function) {
-    static const std::array<const char*, 7> Names = {
+    static const std::array<const char*, 7> names = {
         "SetupGetInfInformationW", "SetupOpenInfFileW",  "SetupFindFirstLineW", "SetupFindNextLine",
         "SetupGetLineTextW",       "SetupGetFieldCount", "SetupGetStringFieldW"};
-    return std::find(Names.begin(), Names.end(), function) != Names.end();
+    return std::find(names.begin(), names.end(), function) != names.end();
 }
 
 } // namespace

@@ -64,8 +64,8 @@ std::vector<std::string> Lines(const std::string& content) {
 }
 
 struct Writer {
-    const wchar_t* path;
-    char letter;
+    const wchar_t* Path;
+    char Letter;
 };
 
 constexpr int LinesPerThread = 1000;
@@ -77,8 +77,8 @@ std::string WrittenBy(char letter, int number) {
 DWORD WINAPI WriteLines(void* parameter) {
     const Writer& writer = *static_cast<Writer*>(parameter);
     for (int i = 0; i < LinesPerThread; ++i) {
-        const std::string line = WrittenBy(writer.letter, i) + "\r\n";
-        if (!quenlor::AppendToFile(writer.path, line.data(), line.size())) {
+        const std::string line = WrittenBy(writer.Letter, i) + "\r\n";
+        if (!quenlor::AppendToFile(writer.Path, line.data(), line.size())) {
             return 1;
         }
     }
@@ -98,7 +98,7 @@ class BuiltLibrary {
 public:
     BuiltLibrary()
         : library_(LoadLibraryW(L"Quenlor64.DLL")),
-          writeLog(GetFunction<WriteLogFunction>(library_.Get(), "WriteLog")) {
+          WriteLog(GetFunction<WriteLogFunction>(library_.Get(), "WriteLog")) {
         quenlor::FindPath(quenlor::Places[0], path_, L"Setup.log", 10);
         quenlor::FindPath(quenlor::Places[0], oldPath_, L"Setup.old.log", 14);
         DeleteFileW(path_);
@@ -113,7 +113,7 @@ public:
 
     [[nodiscard]] const wchar_t* Path() const { return path_; }
     [[nodiscard]] const wchar_t* OldPath() const { return oldPath_; }
-    [[nodiscard]] bool IsLoaded() const { return writeLog != nullptr; }
+    [[nodiscard]] bool IsLoaded() const { return WriteLog != nullptr; }
     // What was logged, without the front part, whose length never changes.
     [[nodiscard]] std::string Logged() const {
         const std::string content = Content(path_);
@@ -126,7 +126,7 @@ private:
     wchar_t oldPath_[MAX_PATH] = {};
 
 public:
-    const WriteLogFunction writeLog;
+    const WriteLogFunction WriteLog;
 };
 
 } // namespace
@@ -242,7 +242,7 @@ TEST_CASE("Lines that several threads write at once are neither mixed nor lost")
     }
     CHECK(wrong == 0);
     for (const Writer& writer : writers) {
-        CHECK(next[writer.letter] == LinesPerThread);
+        CHECK(next[writer.Letter] == LinesPerThread);
     }
 }
 
@@ -250,7 +250,7 @@ TEST_CASE("WriteLog takes a plain %s as a wide string and leaves the last error 
     const BuiltLibrary library;
     REQUIRE(library.IsLoaded());
     SetLastError(0xE0000203);
-    library.writeLog(L"Device %s, error code 0x%08X", L"USB\\\u20AC", 0x103U);
+    library.WriteLog(L"Device %s, error code 0x%08X", L"USB\\\u20AC", 0x103U);
     CHECK(GetLastError() == 0xE0000203);
     CHECK(library.Logged() == "Device USB\\\xE2\x82\xAC, error code 0x00000103\r\n");
 }
@@ -259,7 +259,7 @@ TEST_CASE("WriteLog cuts a text that is longer than its buffer") {
     const BuiltLibrary library;
     REQUIRE(library.IsLoaded());
     const std::wstring longest(quenlor::MaxTextLength, L'x');
-    library.writeLog(L"%s%s", longest.c_str(), L"yyyy");
+    library.WriteLog(L"%s%s", longest.c_str(), L"yyyy");
     CHECK(library.Logged() == std::string(quenlor::MaxTextLength, 'x') + "\r\n");
 }
 
@@ -267,15 +267,15 @@ TEST_CASE("WriteLog cuts in front of a surrogate pair that does not fit as a who
     const BuiltLibrary library;
     REQUIRE(library.IsLoaded());
     const std::wstring almost(quenlor::MaxTextLength - 1, L'x');
-    library.writeLog(L"%s%s", almost.c_str(), L"\U0001F600");
+    library.WriteLog(L"%s%s", almost.c_str(), L"\U0001F600");
     CHECK(library.Logged() == std::string(quenlor::MaxTextLength - 1, 'x') + "\r\n");
 }
 
 TEST_CASE("A log that is deleted in the middle of a run begins anew in its place") {
     const BuiltLibrary library;
-    library.writeLog(L"one");
+    library.WriteLog(L"one");
     REQUIRE(DeleteFileW(library.Path()) != FALSE);
-    library.writeLog(L"two");
+    library.WriteLog(L"two");
     CHECK(library.Logged() == "two\r\n");
 }
 
@@ -285,11 +285,11 @@ TEST_CASE(
     const std::string large(quenlor::MostBytes, 'o');
     REQUIRE(quenlor::AppendToFile(library.Path(), large.data(), large.size()));
     REQUIRE(quenlor::AppendToFile(library.OldPath(), "older still", 11));
-    library.writeLog(L"one");
+    library.WriteLog(L"one");
     CHECK(library.Logged() == "one\r\n");
     CHECK(Content(library.OldPath()).size() == large.size());
     REQUIRE(quenlor::AppendToFile(library.Path(), large.data(), large.size()));
-    library.writeLog(L"two");
+    library.WriteLog(L"two");
     CHECK(Lines(Content(library.Path())).back().ends_with(" two"));
     CHECK(Content(library.Path()).size() > large.size());
 }
@@ -298,7 +298,7 @@ TEST_CASE("A log just below the limit goes on") {
     const BuiltLibrary library;
     const std::string almost(quenlor::MostBytes - 1, 'o');
     REQUIRE(quenlor::AppendToFile(library.Path(), almost.data(), almost.size()));
-    library.writeLog(L"one");
+    library.WriteLog(L"one");
     CHECK(Content(library.Path()).size() > almost.size());
     CHECK(GetFileAttributesW(library.OldPath()) == INVALID_FILE_ATTRIBUTES);
 }
@@ -311,14 +311,14 @@ TEST_CASE("A process keeps its lines in one place until that takes no more") {
         const BuiltLibrary library;
         FileOwner held(
             CreateFileW(library.Path(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-        library.writeLog(L"one");
+        library.WriteLog(L"one");
         held.Close();
-        library.writeLog(L"two");
+        library.WriteLog(L"two");
         CHECK(Content(library.Path()).empty());
         CHECK(Lines(Content(inTemp)).size() == 2);
         const FileOwner heldThere(
             CreateFileW(inTemp, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-        library.writeLog(L"three");
+        library.WriteLog(L"three");
         CHECK(library.Logged() == "three\r\n");
     }
     DeleteFileW(inTemp);

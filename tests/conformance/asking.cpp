@@ -8,12 +8,12 @@ namespace {
 
 // Where to go on when a function crashes, and with what. `__builtin_longjmp` unwinds nothing: what
 // the check held is lost, which a crash may cost.
-void* wayOut[5];
-DWORD crashedWith = 0;
+void* WayOut[5];
+DWORD CrashedWith = 0;
 
 LONG WINAPI LeaveCrash(EXCEPTION_POINTERS* exception) {
-    crashedWith = exception->ExceptionRecord->ExceptionCode;
-    __builtin_longjmp(wayOut, 1);
+    CrashedWith = exception->ExceptionRecord->ExceptionCode;
+    __builtin_longjmp(WayOut, 1);
 }
 
 // Sees only what no function has handled by itself.
@@ -44,8 +44,8 @@ Answer AskUnguarded(const Statement& statement, World& world) {
 
 Answer Ask(const Statement& statement, World& world) {
     const CrashFilter filter;
-    if (__builtin_setjmp(wayOut) != 0) {
-        return {Verdict::Differs, "crash 0x" + Hex(crashedWith)};
+    if (__builtin_setjmp(WayOut) != 0) {
+        return {Verdict::Differs, "crash 0x" + Hex(CrashedWith)};
     }
     return AskUnguarded(statement, world);
 }

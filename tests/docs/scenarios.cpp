@@ -97,7 +97,7 @@ void TellFiles(const Contents& before, const Contents& after, Lines& lines) {
         }
     }
     for (const auto& entry : before) {
-        if (after.count(entry.first) == 0) {
+        if (!after.contains(entry.first)) {
             lines.push_back("gone: " + Utf8(entry.first));
         }
     }
@@ -312,7 +312,7 @@ void AddInstalledDevice(Machine& m) {
 } // namespace
 
 const std::vector<Scenario>& All() {
-    static const std::vector<Scenario> Scenarios{
+    static const std::vector<Scenario> scenarios{
         {"low-byte", nullptr, RunSwitches},
         {"lookup-order", nullptr, ReadCycles},
         {"not-set", nullptr, ReadUserSettings},
@@ -337,7 +337,7 @@ const std::vector<Scenario>& All() {
         {"staging-without-time-limit", AddPacket, RunInstall},
         {"uninstall", AddInstalledDevice, RunUninstall},
     };
-    return Scenarios;
+    return scenarios;
 }
 
 Lines Tell(const Scenario& scenario, const std::string& ini) {

@@ -11,33 +11,33 @@
 
 namespace {
 
-std::atomic<bool> guarding{false};
-std::atomic<int> failingNothrow{0};
-std::atomic<int> guardedOneIn{1};
-thread_local int unguarded = 0;
+std::atomic<bool> Guarding{false};
+std::atomic<int> FailingNothrow{0};
+std::atomic<int> GuardedOneIn{1};
+thread_local int Unguarded = 0;
 
 } // namespace
 
 namespace machine {
 
 UnguardedScope::UnguardedScope() {
-    ++unguarded;
+    ++Unguarded;
 }
 UnguardedScope::~UnguardedScope() {
-    --unguarded;
+    --Unguarded;
 }
 
 void GuardMemory(bool guard) {
-    guarding = guard;
-    guardedOneIn = 1;
+    Guarding = guard;
+    GuardedOneIn = 1;
 }
 
 void GuardOneIn(int blocks) {
-    guardedOneIn = blocks;
+    GuardedOneIn = blocks;
 }
 
 void FailNothrowNew(int k) {
-    failingNothrow = k;
+    FailingNothrow = k;
 }
 
 } // namespace machine
@@ -83,12 +83,12 @@ bool IsGuarded(const void* memory) {
 // True for those of the blocks that have their turn. The count goes on from run to run.
 bool HasItsTurn() {
     static std::atomic<int> blocks{0};
-    return ++blocks % guardedOneIn == 0;
+    return ++blocks % GuardedOneIn == 0;
 }
 
 // Null when the block should be an ordinary one.
 void* AllocateGuarded(std::size_t size) {
-    if (!guarding || unguarded != 0 || size > LargestGuarded || Arena() == nullptr ||
+    if (!Guarding || Unguarded != 0 || size > LargestGuarded || Arena() == nullptr ||
         alive >= MostAtATime || !HasItsTurn()) {
         return nullptr;
     }
@@ -171,7 +171,7 @@ void operator delete[](void* memory, std::size_t) noexcept {
 #endif
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    if (failingNothrow > 0 && --failingNothrow == 0) {
+    if (FailingNothrow > 0 && --FailingNothrow == 0) {
         return nullptr;
     }
     try {

@@ -19,10 +19,10 @@ std::uintptr_t ValueOf(const void* handle) {
 } // namespace
 
 const char* NameOf(Kind kind) {
-    constexpr std::array<const char*, 11> names = {"set",  "inf",     "library",   "find",
+    constexpr std::array<const char*, 11> Names = {"set",  "inf",     "library",   "find",
                                                    "file", "device",  "semaphore", "thread",
                                                    "key",  "service", "manager"};
-    return names.at(static_cast<std::size_t>(kind));
+    return Names.at(static_cast<std::size_t>(kind));
 }
 
 void* HandleTable::Open(Kind kind, void* real, std::shared_ptr<void> object) {

@@ -14,7 +14,7 @@ namespace machine {
 
 namespace {
 
-Machine* current = nullptr;
+Machine* TheMachine = nullptr;
 
 std::wstring ExecutableFolder(const State& state) {
     return Folder(state.Executable);
@@ -50,7 +50,7 @@ std::wstring NextOemName(const State& state) {
 } // namespace
 
 State* Inside() {
-    return current == nullptr ? nullptr : &current->Inside();
+    return TheMachine == nullptr ? nullptr : &TheMachine->Inside();
 }
 
 void Misuse(State& state, const std::string& text) {
@@ -58,15 +58,15 @@ void Misuse(State& state, const std::string& text) {
 }
 
 Machine* Machine::Current() {
-    return current;
+    return TheMachine;
 }
 
 Machine::Machine() : state_(std::make_unique<State>()) {
-    if (current != nullptr) {
+    if (TheMachine != nullptr) {
         throw std::logic_error("two machines at a time");
     }
     MakeSandbox(*state_);
-    current = this;
+    TheMachine = this;
     ResetProgramState();
     GuardMemory(true);
 }
@@ -75,7 +75,7 @@ Machine::~Machine() {
     GuardMemory(false);
     FailNothrowNew(0);
     EndThreads();
-    current = nullptr;
+    TheMachine = nullptr;
     RemoveSandbox(*state_);
 }
 

@@ -211,14 +211,17 @@ TEST_CASE("A copy that hangs is given up when its time is over") {
 }
 
 TEST_CASE("A staging that cannot make what its threads need is rolled back") {
-    for (const auto& [function, call] :
-         {std::pair{"CreateSemaphoreW", 1}, std::pair{"CreateSemaphoreW", 2},
-          std::pair{"OpenSemaphoreW", 1}, std::pair{"CreateThread", 1},
-          std::pair{"CreateThread", 2}}) {
+    struct Refused {
+        const char* Function;
+        int Call;
+    };
+    for (const Refused& refused :
+         {Refused{"CreateSemaphoreW", 1}, Refused{"CreateSemaphoreW", 2},
+          Refused{"OpenSemaphoreW", 1}, Refused{"CreateThread", 1}, Refused{"CreateThread", 2}}) {
         Machine m;
         SetUpModem(m, Mode(L"0"));
-        m.FailCall(function, call, ERROR_NOT_ENOUGH_MEMORY);
-        CAPTURE(std::string(function));
+        m.FailCall(refused.Function, refused.Call, ERROR_NOT_ENOUGH_MEMORY);
+        CAPTURE(std::string(refused.Function));
         CheckRolledBack(m, RunProgram(L"-i"));
         CHECK(m.CallsOf("SetupCopyOEMInfW") == Lines{});
     }

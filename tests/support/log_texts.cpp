@@ -11,7 +11,7 @@
 
 namespace {
 
-std::string runningTest;
+std::string RunningTest;
 
 // One line per text, line breaks and tabs escaped as in the source.
 std::string Escaped(const std::wstring& format) {
@@ -49,7 +49,7 @@ public:
             }
         }
     }
-    void Add(const wchar_t* format) { tests_[format].insert(runningTest); }
+    void Add(const wchar_t* format) { tests_[format].insert(RunningTest); }
 
 private:
     std::map<std::wstring, std::set<std::string>> tests_;
@@ -61,7 +61,7 @@ struct TestListener : doctest::IReporter {
     void report_query(const doctest::QueryData&) override {}
     void test_run_start() override {}
     void test_run_end(const doctest::TestRunStats&) override {}
-    void test_case_start(const doctest::TestCaseData& test) override { runningTest = test.m_name; }
+    void test_case_start(const doctest::TestCaseData& test) override { RunningTest = test.m_name; }
     void test_case_reenter(const doctest::TestCaseData&) override {}
     void test_case_end(const doctest::CurrentTestCaseStats&) override {}
     void test_case_exception(const doctest::TestCaseException&) override {}

@@ -46,7 +46,7 @@ struct Ending {
 bool AnyFailed(const Machine& m, const std::set<std::string>& functions) {
     const Lines& failed = m.FailedCalls();
     return std::any_of(failed.begin(), failed.end(), [&functions](const std::string& function) {
-        return functions.count(function) != 0;
+        return functions.contains(function);
     });
 }
 
@@ -193,7 +193,7 @@ int FailTwo(const Scenario& scenario, unsigned seed, int calls) {
                            }});
     const bool mended = one.Result && *one.Result == 0 && two.Result && *two.Result != 0;
     const bool mayBe = std::any_of(two.Failed.begin(), two.Failed.end(), [&](const auto& failed) {
-        return scenario.MayMendAFailure.count(failed) != 0;
+        return scenario.MayMendAFailure.contains(failed);
     });
     INFO(scenario.Name, ", ", name, "; failed: ", two.Failed);
     CHECK((!mended || mayBe));
@@ -236,7 +236,7 @@ bool IsKnownLogLine(const std::string& line) {
     static const std::vector<std::regex> formats(std::begin(Expressions), std::end(Expressions));
     // The same lines come again and again.
     static std::set<std::string> known;
-    if (known.count(line) != 0) {
+    if (known.contains(line)) {
         return true;
     }
     const bool matches = std::any_of(formats.begin(), formats.end(), [&line](const auto& format) {

@@ -66,7 +66,7 @@ void RemoveFile(State& state, const std::wstring& path) {
 }
 
 bool IsLocked(const State& state, const std::wstring& path) {
-    return state.LockedFiles.count(Lower(path)) != 0;
+    return state.LockedFiles.contains(Lower(path));
 }
 
 std::wstring RegistrySandbox(State& state, HKEY key) {

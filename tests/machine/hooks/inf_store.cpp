@@ -19,9 +19,9 @@ std::wstring PnfOf(const std::wstring& inf) {
 // Waits as long as the test wants this copy to take.
 void TakeTime(State& state, int copy) {
     Store& store = state.InfStore;
-    if (store.HangingCopies.count(copy) != 0) {
+    if (store.HangingCopies.contains(copy)) {
         state.Threads.Wait(
-            "SetupCopyOEMInfW", [&store, copy] { return store.HangingCopies.count(copy) == 0; },
+            "SetupCopyOEMInfW", [&store, copy] { return !store.HangingCopies.contains(copy); },
             std::nullopt);
     }
     if (const auto time = store.CopyTimes.find(copy); time != store.CopyTimes.end()) {

@@ -35,7 +35,7 @@ Argument WindowName(HWND window) {
         return "desktop";
     }
     const State* state = Inside();
-    return state != nullptr && state->Screen.Dialogs.count(window) != 0
+    return state != nullptr && state->Screen.Dialogs.contains(window)
                ? "dialog"
                : HexText(reinterpret_cast<std::uintptr_t>(window));
 }

@@ -45,7 +45,7 @@ Outcome OutcomeOf(const Recording& recording) {
     return recording.Result == 1 ? Outcome::Success : Outcome::Failure;
 }
 
-Run TellRun(std::vector<Event> events, Outcome outcome) {
+Run TellRun(const std::vector<Event>& events, Outcome outcome) {
     Run run;
     run.End = outcome;
     for (const Event& event : events) {

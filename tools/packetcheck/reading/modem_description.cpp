@@ -195,7 +195,7 @@ private:
             node.LeavesAfter = Number(value);
         } else if (key == L"never-arrives") {
             node.NeverArrives = YesOrNo(value);
-        } else if (others.count(key) == 0) {
+        } else if (!others.contains(key)) {
             throw Fault{L"'" + key + L"' is not known in [node]"};
         }
     }

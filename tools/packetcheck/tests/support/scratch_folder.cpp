@@ -94,7 +94,7 @@ ScratchFolder::~ScratchFolder() {
 
 void ScratchFolder::Fill(const std::map<std::string, std::string>& files) {
     for (const auto& [name, bytes] : files_) {
-        if (files.count(name) == 0) {
+        if (!files.contains(name)) {
             DeleteFileW((path_ + L"\\" + Wide(name)).c_str());
         }
     }

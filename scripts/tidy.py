@@ -64,7 +64,9 @@ def compiler_folders() -> list[str]:
 
 def clang_call(command: str) -> tuple[str, ...]:
     """What decides about a file's meaning in the command that compiles it, for clang."""
-    result = ["--target=x86_64-w64-windows-gnu", "-nostdinc++", "-Wno-everything"]
+    result = ["--target=x86_64-w64-windows-gnu", "-nostdinc++", "-Wno-everything",
+              # A file that is built in is one long list.
+              "-fbracket-depth=16384"]
     for folder in compiler_folders():
         result += ["-isystem", folder]
     words = iter(shlex.split(command))

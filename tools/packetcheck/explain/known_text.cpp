@@ -107,7 +107,7 @@ std::size_t FindKnownText(std::string_view line) {
     bool inWord = false;
     for (std::size_t at = 0; at < end; ++at) {
         const bool isLetter = std::isalpha(static_cast<unsigned char>(line[at])) != 0;
-        if (isLetter && !inWord && AllPatterns().count(NameIn(line.substr(at))) != 0 &&
+        if (isLetter && !inWord && AllPatterns().contains(NameIn(line.substr(at))) &&
             Recognise(line.substr(at))) {
             return at;
         }

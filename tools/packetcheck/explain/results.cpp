@@ -151,7 +151,7 @@ void AddStagedInfs(Part main, Part removal, std::vector<std::string>& left) {
         }
     }
     for (const Entry& entry : main) {
-        if (HasText(entry, Copied) && gone.count(FileNameIn(entry.Values[1])) == 0) {
+        if (HasText(entry, Copied) && !gone.contains(FileNameIn(entry.Values[1]))) {
             left.push_back(FileNameIn(entry.Values[1]) + ", the copy of " +
                            FileNameIn(entry.Values[0]) +
                            ", stays in the store of Windows: the next -i clears it");

@@ -95,7 +95,7 @@ private:
         return true;
     }
 
-    std::optional<Entry> Understand(FileLine line) {
+    std::optional<Entry> Understand(const FileLine& line) {
         // Another library may put something else in front of the same texts.
         const std::size_t begin = line.HasStamp ? 0 : FindKnownText(line.Text);
         if (begin == std::string::npos) {

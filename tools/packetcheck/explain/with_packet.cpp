@@ -111,7 +111,7 @@ std::string Listing(const plan::Pair& pair) {
 void TellMissing(const plan::Plan& plan, const plan::Expected& device, const Ids& there,
                  const std::string& verb, Explanation& result) {
     for (const plan::Pair& pair : FunctionsOfDevice(plan, Upper(Utf8(device.BaseId)))) {
-        if (there.count(Upper(Utf8(pair.Id))) == 0) {
+        if (!there.contains(Upper(Utf8(pair.Id)))) {
             result.FromPacket.push_back(Listing(pair) + " " + verb);
         }
     }

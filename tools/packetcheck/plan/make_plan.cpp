@@ -89,9 +89,9 @@ Performance PlayAll(rehearsal::Stage& stage) {
     return played;
 }
 
-Run Tell(Recording recording) {
+Run Tell(const Recording& recording) {
     const Outcome outcome = OutcomeOf(recording);
-    return TellRun(std::move(recording.Events), outcome);
+    return TellRun(recording.Events, outcome);
 }
 
 rehearsal::Place PlaceOf(const Order& order) {
@@ -111,11 +111,11 @@ Plan MakePlan(const Order& order) {
     plan.Mode = ReadConfigInt(L"INSTALL", L"MODE");
     Performance played = PlayAll(stage);
     if (order.IsInstall) {
-        plan.Main = Tell(std::move(played.Install));
-        plan.Rollback = Tell(std::move(played.Rollback));
-        plan.Uninstall = Tell(std::move(played.Uninstall));
+        plan.Main = Tell(played.Install);
+        plan.Rollback = Tell(played.Rollback);
+        plan.Uninstall = Tell(played.Uninstall);
     } else {
-        plan.Main = Tell(std::move(played.Uninstall));
+        plan.Main = Tell(played.Uninstall);
     }
     AddPacketFacts(plan);
     plan.WorstCaseSeconds = WorstCaseSeconds(plan);

@@ -220,9 +220,9 @@ private:
 } // namespace
 
 std::string StepColour(std::size_t number) {
-    static constexpr std::array<const char*, 7> colours = {
+    static constexpr std::array<const char*, 7> Colours = {
         "#4493f8", "#3fb950", "#d29922", "#a371f7", "#db6d28", "#39c5cf", "#db61a2"};
-    return colours.at(number % colours.size());
+    return Colours.at(number % Colours.size());
 }
 
 std::string TimelineSvg(const Explanation& run) {

@@ -59,13 +59,13 @@ class Sorter {
 public:
     explicit Sorter(const std::function<void(Run&)>& take) : take_(take) {}
 
-    void Take(FileLine line) {
+    void Take(const FileLine& line) {
         ++facts_.Lines;
         if (IsRestOfPair(line)) {
             pair_->Content.Lines.back().Text += "\n" + line.Text;
             return;
         }
-        std::optional<Entry> entry = Understand(std::move(line));
+        std::optional<Entry> entry = Understand(line);
         if (!entry) {
             return;
         }

@@ -312,7 +312,7 @@ void TryDeviceIds(Input& input) {
     MUST(BaseIdOf(id) == baseOf(id));
     std::size_t expected = 0;
     for (const std::wstring& listed : packet) {
-        expected += baseOf(listed) == baseOf(id) ? 1 : 0;
+        expected += baseOf(listed) == baseOf(id) ? 1U : 0U;
     }
     MUST(ExpectedMatches(packet, id) == expected);
     MUST(DeviceIdOf(id) == id.substr(0, id.rfind(L'\\')));

@@ -12,34 +12,16 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PAGE = ROOT / "docs" / "log.md"
+sys.path.insert(0, str(ROOT / "scripts"))
 
-LITERAL = re.compile(r'L"((?:[^"\\]|\\.)*)"')
-# Neighbouring literals are one text for the compiler.
-LITERALS = re.compile(r'L"(?:[^"\\]|\\.)*"(?:\s*L"(?:[^"\\]|\\.)*")*')
-# Not every text stands inside a WriteLog call: some reach it by way of a table or a helper. What all
-# have in common is the operation's name in front.
-LOG_TEXT = re.compile(r"^(pre )?[A-Z]\w+(:[ \\]| -{5}| Enter$)")
-# The caption of the version box looks like a log text and is none.
-NOT_LOGGED = re.compile(r"^Version: ")
+from log_texts import log_texts  # noqa: E402
+
 # A row of the page's tables: its first cell is the text in backticks.
 ROW = re.compile(r"^\| `([^`]+)` \| ", re.M)
 
 
-def texts_of_source():
-    found = {}
-    for path in sorted((ROOT / "src").rglob("*.cpp")):
-        source = path.read_text("utf-8")
-        for match in LITERALS.finditer(source):
-            text = "".join(LITERAL.findall(match.group(0)))
-            before = source[:match.start()].rstrip()
-            logged = before.endswith(("WriteLog(", "LogFailure(")) or LOG_TEXT.match(text)
-            if logged and not NOT_LOGGED.match(text):
-                found.setdefault(text, path.relative_to(ROOT))
-    return found
-
-
 def main():
-    source = texts_of_source()
+    source = log_texts(ROOT / "src")
     if not source:
         print("check_log_page: no log text found in src/; the search pattern is out of date")
         return 1

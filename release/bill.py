@@ -1,5 +1,5 @@
-"""What a release is made of: the list of its parts for machines (CycloneDX), and the notices of those
-parts that others wrote."""
+"""What a release is made of: the list of its parts for machines (CycloneDX), and the notices of
+those parts that others wrote."""
 import dataclasses
 import json
 import pathlib

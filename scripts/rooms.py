@@ -16,7 +16,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')
 
 
 def read_table() -> dict[str, set[str]]:
-    """{room: the rooms it may include}, as the page has it. A row that says "all" allows every room."""
+    """{room: the rooms it may include}, as the page has it. "all" allows every room."""
     table = TABLE.search(PAGE.read_text("utf-8"))
     if table is None:
         sys.exit(f"{PAGE.relative_to(ROOT)}: the table of rooms is not there")

@@ -27,8 +27,8 @@ COMPILER = "x86_64-w64-mingw32-g++-win32"
 CONFIGURATION = ROOT / ".clang-tidy"
 # What ships is looked at with everything that is on.
 SHIPPED = ["src/*.cpp", "companions/*.cpp"]
-# Ten times as much code, which nobody takes home: names and habits only, and the tests' own rooms on
-# request, so that the whole test command keeps its time.
+# Ten times as much code, which nobody takes home: names and habits only, and the tests' own rooms
+# on request, so that the whole test command keeps its time.
 BENCH = ["tests/machine/*.cpp", "tests/support/*.cpp", "lab/*.cpp", "tools/*.cpp",
          ":!tools/packetcheck/tests/*"]
 REST = ["tests/*.cpp", "tools/packetcheck/tests/*.cpp", ":!tests/native/*", ":!tests/fuzz/*",
@@ -169,7 +169,7 @@ def look_at(sources: list[Source]) -> dict[pathlib.Path, str]:
 
 
 def groups(sources: list[Source]) -> list[list[Source]]:
-    """The files that are compiled in the same way, in groups of a bearable size, the large first."""
+    """The files that are compiled alike, in groups of a bearable size, the large ones first."""
     alike = collections.defaultdict(list)
     for source in sources:
         alike[source.checks, source.call].append(source)

@@ -12,32 +12,17 @@ lines below.
 """
 import collections
 import pathlib
-import re
 import sys
 
-LITERALS = re.compile(r'(?P<before>\w*)\(?\s*(?P<text>(?:L"(?:[^"\\]|\\.)*"\s*)+)')
-PIECE = re.compile(r'L"((?:[^"\\]|\\.)*)"')
-# Also where a text reaches WriteLog through a variable or a helper.
-LOG_TEXT = re.compile(r"[A-Za-z]+( [A-Za-z]+)?: ")
-# Of the same shape, but shown in a message box.
-NOT_LOGGED = "Version: "
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "scripts"))
+
+from log_texts import log_texts  # noqa: E402
 
 
-def texts_of(source):
-    """The log texts of one source file, escapes kept as they are written there."""
-    source = re.sub(r"^\s*//.*$", "", source, flags=re.MULTILINE)
-    for match in LITERALS.finditer(source):
-        text = "".join(PIECE.findall(match["text"])).replace("\\\\", "\\").replace('\\"', '"')
-        if match["before"] == "WriteLog" or (LOG_TEXT.match(text) and not text.startswith(NOT_LOGGED)):
-            yield text
-
-
-def read_sources(folder):
-    texts = {}
-    for path in sorted(folder.rglob("*.cpp")):
-        for text in texts_of(path.read_text(encoding="utf-8")):
-            texts.setdefault(text, path.relative_to(folder).as_posix())
-    return texts
+def read_sources(folder: pathlib.Path) -> dict[str, str]:
+    """The texts as the tests reach them, and where each comes from."""
+    return {text.replace("\\\\", "\\").replace('\\"', '"'): path.as_posix()
+            for text, path in log_texts(folder).items()}
 
 
 def read_reached(folder):
@@ -105,4 +90,5 @@ def main():
     return 1 if problems or not reached else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

@@ -49,7 +49,7 @@ add_custom_command(
     OUTPUT ${log_formats}
     COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/support/log_formats.py
             ${CMAKE_CURRENT_SOURCE_DIR}/../src ${log_formats}
-    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/log_formats.py ${program_sources}
+    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/log_formats.py ${CMAKE_SOURCE_DIR}/scripts/log_texts.py ${program_sources}
     COMMENT "Listing the program's log formats"
     VERBATIM)
 

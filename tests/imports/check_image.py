@@ -3,8 +3,8 @@
 
 usage: check_image.py <Setup.exe> <library>...
 
-A DLL that is not one of those which Windows maps from its own folder for every process would be taken
-from beside the program, which runs elevated: the program's list is fixed here.
+A DLL that is not one of those which Windows maps from its own folder for every process would be
+taken from beside the program, which runs elevated: the program's list is fixed here.
 """
 import pathlib
 import struct
@@ -65,7 +65,8 @@ def main() -> int:
     if len(program.bytes) > MOST_BYTES:
         problems.append(f"{program.path.name} has {len(program.bytes):,} bytes; "
                         f"it was meant to stay below {MOST_BYTES:,}")
-    print("\n".join(problems) or f"{program.path.name}: {len(program.bytes):,} bytes, all flags set")
+    well = f"{program.path.name}: {len(program.bytes):,} bytes, all flags set"
+    print("\n".join(problems) or well)
     return 1 if problems else 0
 
 

@@ -4,7 +4,8 @@
 usage: check_imports.py <objdump> <list of exports> <file.exe or .dll>...
 
 Fails for every imported name that the list does not hold for its DLL, for an import by number, and
-for a file that asks for a later system in its header. What the files import from each other is theirs.
+for a file that asks for a later system in its header. What the files import from each other is
+theirs.
 """
 import pathlib
 import re

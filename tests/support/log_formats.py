@@ -3,27 +3,19 @@
 
 usage: log_formats.py <src folder> <output.inc>
 
-Writes one C++ raw string per format. A text counts as a format when it looks like a log line: a
-name, then a colon or a blank and more words.
+Writes one C++ raw string per format.
 """
 import pathlib
 import re
 import sys
 
-LITERALS = re.compile(r'(?:L"(?:[^"\\]|\\.)*"\s*)+')
-PIECE = re.compile(r'L"((?:[^"\\]|\\.)*)"')
-LOG_LINE = re.compile(r'\w+(:| \S)')
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent.parent / "scripts"))
+
+from log_texts import log_texts  # noqa: E402
+
 # What a conversion may have become.
 CONVERSIONS = {"s": ".*", "d": "-?[0-9]+", "08X": "[0-9A-F]{8}", "02X": "[0-9A-F]{2,8}"}
 CONVERSION = re.compile(r"%(08X|02X|[a-zA-Z])")
-
-
-def formats_in(source):
-    without_comments = re.sub(r"^\s*//.*$", "", source, flags=re.MULTILINE)
-    for match in LITERALS.finditer(without_comments):
-        text = "".join(PIECE.findall(match.group()))
-        if LOG_LINE.match(text):
-            yield text
 
 
 def expression_of(text):
@@ -44,15 +36,13 @@ def expression_of(text):
 
 def main():
     folder, output = map(pathlib.Path, sys.argv[1:3])
-    formats = set()
-    for path in sorted(folder.rglob("*.cpp")):
-        formats.update(formats_in(path.read_text(encoding="utf-8")))
     output.parent.mkdir(parents=True, exist_ok=True)
-    lines = [f'R"~({expression_of(text)})~",\n' for text in sorted(formats)]
+    lines = [f'R"~({expression_of(text)})~",\n' for text in sorted(log_texts(folder))]
     text = "".join(lines)
     # Left alone when nothing has changed, so that nothing is compiled anew.
     if not output.exists() or output.read_text(encoding="utf-8") != text:
         output.write_text(text, encoding="utf-8")
 
 
-main()
+if __name__ == "__main__":
+    main()

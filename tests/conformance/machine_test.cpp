@@ -62,13 +62,14 @@ TEST_CASE("No statement has the id of another, and every deviation is that of a 
     for (std::size_t index = 1; index < statements.size(); ++index) {
         CHECK(std::string(statements[index - 1].Id) != statements[index].Id);
     }
-    for (const char* const world : {"machine", "wine", "gapfilled"}) {
+    const std::vector<std::string> worlds{"machine", "wine", "gapfilled"};
+    for (const std::string& world : worlds) {
         for (const Deviation& deviation : DeviationsOf(world)) {
             bool known = false;
             for (const Statement& statement : statements) {
                 known = known || std::string(statement.Id) == deviation.Id;
             }
-            const std::string told = std::string(world) + ": " + deviation.Id;
+            const std::string told = world + ": " + deviation.Id;
             CHECK_MESSAGE(known, told);
         }
     }

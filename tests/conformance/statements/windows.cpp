@@ -2,6 +2,7 @@
 #include "conformance/statement.h"
 
 #include <array>
+#include <cstdint>
 
 using namespace conformance;
 

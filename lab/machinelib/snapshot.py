@@ -12,8 +12,9 @@ from . import registry
 # What the lab and the program's log put on the disk, and what Wine does for itself in a session.
 _NOT_LOOKED_AT = re.compile(
     r"lab/|setup/Setup\.log$|(gapfill|vmodem)\.log$|export\.reg$|lab-end\.txt$"
-    # compiled forms of files that every Windows has
+    # compiled forms of files that every Windows has, and copies of them in a newer Wine's own store
     r"|windows/inf/(usb|wine\w*|input|mouse|keyboard)\.pnf$"
+    r"|windows/system32/driverstore/filerepository/(usb|wine\w*|input|mouse|keyboard)\.inf_"
     r"|(windows|users/[^/]+)/temp/|users/[^/]+/AppData/Local/Temp/", re.I)
 
 

@@ -33,10 +33,13 @@ class Files(unittest.TestCase):
         def change() -> None:
             self.write("windows/system32/left.dll", "new")
             self.write("Program Files/Maker/left.exe", "new")
+            self.write("windows/system32/driverstore/filerepository/oem0.inf_1/oem0.inf", "new")
             self.write("windows/system32/drivers/old.sys", "neu")
             (self.disk / "setup/Setup.exe").unlink()
         self.assertEqual(self.changes(change), [
-            "+ Program Files/Maker/left.exe", "+ windows/system32/left.dll", "- setup/Setup.exe",
+            "+ Program Files/Maker/left.exe",
+            "+ windows/system32/driverstore/filerepository/oem0.inf_1/oem0.inf",
+            "+ windows/system32/left.dll", "- setup/Setup.exe",
             "~ windows/system32/drivers/old.sys"])
 
     def test_what_wine_and_the_lab_write_is_left_out(self):
@@ -45,6 +48,8 @@ class Files(unittest.TestCase):
             self.write("gapfill.log", "longer")
             self.write("lab/modemctl.exe", "new")
             self.write("setup/Setup.log", "new")
+            self.write("windows/inf/usb.pnf", "new")
+            self.write("windows/system32/driverstore/filerepository/usb.inf_1/usb.inf", "new")
         self.assertEqual(self.changes(change), [])
 
     def test_writing_into_a_shared_file_shows(self):

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <filesystem>
 
 namespace {
 
@@ -133,6 +134,22 @@ void ForgetFiles(const std::wstring& inf) {
     }
 }
 
+// Since Wine 10, installing a driver on a device puts the INF and its files into folders of Wine's
+// own, called <INF>_<something>; an INF that later gets the same name would be taken from there.
+void ForgetWinesCopies(const std::wstring& name) {
+    wchar_t folder[MAX_PATH] = {};
+    GetSystemDirectoryW(folder, MAX_PATH);
+    std::error_code error;
+    const std::filesystem::path store =
+        std::filesystem::path(folder) / L"driverstore" / L"filerepository";
+    for (const auto& entry : std::filesystem::directory_iterator(store, error)) {
+        const std::wstring found = entry.path().filename().wstring();
+        if (_wcsnicmp(found.c_str(), (name + L"_").c_str(), name.size() + 1) == 0) {
+            std::filesystem::remove_all(entry.path(), error);
+        }
+    }
+}
+
 BOOL GiveName(const std::wstring& stored, PWSTR destination, DWORD length, PDWORD needed,
               PWSTR* component) {
     const auto size = static_cast<DWORD>(stored.size() + 1);
@@ -250,6 +267,7 @@ BOOL WINAPI FilledUninstallOEMInf(PCWSTR name, DWORD flags, PVOID /*reserved*/) 
     }
     const std::wstring path = StoreFolder() + name;
     ForgetFiles(path);
+    ForgetWinesCopies(name);
     DeleteFileW(WithExtension(path, L".pnf").c_str());
     return DeleteFileW(path.c_str()) ? Succeed() : FALSE;
 }

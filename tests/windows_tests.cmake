@@ -92,7 +92,7 @@ if(TARGET setup_tests_checked)
 endif()
 
 # Started by the test of what it is linked with.
-add_executable(emergency_probe probe/emergency.cpp $<TARGET_OBJECTS:setup_emergency>)
+add_executable(emergency_probe probe/emergency.cpp $<TARGET_OBJECTS:setup_run_time>)
 setup_compile_options(emergency_probe)
 target_include_directories(emergency_probe PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/../src)
 target_link_options(emergency_probe PRIVATE -static)

@@ -12,7 +12,7 @@ struct Deviation {
     const char* Reason;
 };
 
-// "machine", "wine" or "gapfilled"; a real Windows has none.
+// "machine", "wine8", "wine10" or "gapfilled" (under any Wine); a real Windows has none.
 const std::vector<Deviation>& DeviationsOf(const std::string& world);
 
 // The reason, or null when the statement must hold.

@@ -42,6 +42,12 @@ const char* Value(int count, char** arguments, int& index) {
     return arguments[index];
 }
 
+// The name of the list that the world's deviations are in: plain Wine's differ by its version.
+std::string ListOf(const std::string& world) {
+    constexpr int NewStore = 10;
+    return world == "wine" ? world + (WineVersion() < NewStore ? "8" : "10") : world;
+}
+
 Options ReadOptions(int count, char** arguments) {
     Options options;
     for (int index = 1; index < count; ++index) {
@@ -51,7 +57,7 @@ Options ReadOptions(int count, char** arguments) {
         } else if (name == "--only") {
             options.Only = Value(count, arguments, index);
         } else if (name == "--world") {
-            options.World = Value(count, arguments, index);
+            options.World = ListOf(Value(count, arguments, index));
         } else if (name == "--table") {
             options.Table = Value(count, arguments, index);
         } else if (name == "--with") {

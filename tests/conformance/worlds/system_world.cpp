@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cwchar>
 #include <stdexcept>
 
@@ -167,8 +168,15 @@ TestDevice FirstDevice() {
 
 } // namespace
 
+int WineVersion() {
+    using VersionFunction = const char*(CDECL*)();
+    const auto version =
+        GetFunction<VersionFunction>(GetModuleHandleW(L"ntdll.dll"), "wine_get_version");
+    return version == nullptr ? 0 : std::atoi(version());
+}
+
 bool RunsOnWine() {
-    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+    return WineVersion() != 0;
 }
 
 bool IsAdministrator() {

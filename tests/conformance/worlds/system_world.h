@@ -9,6 +9,8 @@
 namespace conformance {
 
 bool RunsOnWine();
+// Wine's own version, 8 or 10, say; 0 on Windows.
+int WineVersion();
 bool IsAdministrator();
 
 class SystemWorld : public World {

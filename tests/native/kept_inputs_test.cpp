@@ -8,7 +8,10 @@
 
 TEST_CASE("What was found by fuzzing stays true") {
     int inputs = 0;
-    for (const auto& file : std::filesystem::directory_iterator(KEPT_INPUTS)) {
+    for (const auto& file : std::filesystem::recursive_directory_iterator(KEPT_INPUTS)) {
+        if (!file.is_regular_file()) {
+            continue;
+        }
         std::ifstream stream(file.path(), std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
         TryInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());

@@ -10,6 +10,8 @@ add_library(conformance_statements STATIC ${statement_sources})
 setup_compile_options(conformance_statements)
 target_include_directories(conformance_statements PUBLIC
     ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/../src)
+target_precompile_headers(conformance_statements PRIVATE
+    ${CMAKE_SOURCE_DIR}/src/platform/platform.h conformance/statement.h <algorithm> <array>)
 
 # Stand-alone: a person with a real Windows runs it and sends its report back.
 add_executable(statements ${system_world_sources}

@@ -9,11 +9,13 @@ A file is looked at again only when something that decides the outcome has chang
 our headers that it includes, the configuration, or the way clang-tidy is called. The stamps folder
 remembers what has passed.
 """
+import bisect
 import collections
 import concurrent.futures
 import dataclasses
 import functools
 import hashlib
+import itertools
 import json
 import pathlib
 import re
@@ -37,7 +39,7 @@ BENCH_CHECKS = "-*,readability-identifier-naming,readability-container-contains"
 JOBS = 2
 # Most of the time goes into the system's headers, which a group reads once. More than this would
 # keep one core waiting for the other.
-TOGETHER = 26
+TOGETHER = 40
 # A group is one file for clang-tidy; its parts include the same headers again.
 NOT_IN_GROUPS = "-readability-duplicate-include"
 # The cheapest check there is: what is asked for are the compiler's own errors.
@@ -66,6 +68,8 @@ def compiler_folders() -> list[str]:
 def clang_call(command: str) -> tuple[str, ...]:
     """What decides about a file's meaning in the command that compiles it, for clang."""
     result = ["--target=x86_64-w64-windows-gnu", "-nostdinc++", "-Wno-everything",
+              # Otherwise a file that clashes may stay behind the last error that is told.
+              "-ferror-limit=0",
               # A file that is built in is one long list.
               "-fbracket-depth=16384"]
     for folder in compiler_folders():
@@ -131,51 +135,75 @@ def tidy(path: pathlib.Path, call: tuple[str, ...], *options: str) -> tuple[bool
     return done.returncode == 0, done.stdout + (done.stderr if done.returncode != 0 else "")
 
 
-def clashing(sources: list[Source]) -> set[pathlib.Path]:
-    """Files of a group that do not compile behind the others, for example because two of them have
-    a helper of the same name."""
+def report_on(sources: list[Source], text: str, checks: str,
+              *options: str) -> tuple[bool, str, list[int]]:
+    """Whether nothing was found in a file with this text that is compiled like the sources; what was
+    found; and in which of its lines, 0 for a place outside of it."""
     with tempfile.NamedTemporaryFile("w", suffix=".cpp") as group:
-        group.write("".join(f'#include "{source.path}"\n' for source in sources))
+        group.write(text)
         group.flush()
-        _, text = tidy(pathlib.Path(group.name), sources[0].call, f"--checks={COMPILE_ONLY}")
+        passed, report = tidy(pathlib.Path(group.name), (*sources[0].call, *options),
+                              f"--checks={checks}")
+        places = re.findall(r"^(\S+?):(\d+):\d+: (?:error|warning):", report, re.M)
+        return passed, report, [int(line) if name == group.name else 0 for name, line in places]
+
+
+def clashing(sources: list[Source]) -> set[pathlib.Path]:
+    """Files that do not compile behind the others, for example because two of them have a helper of
+    the same name."""
+    _, report, _ = report_on(sources, "".join(f'#include "{source.path}"\n' for source in sources),
+                             COMPILE_ONLY)
     paths = {source.path for source in sources}
-    return {pathlib.Path(name) for name in re.findall(r"^(\S+?):\d+:\d+: error:", text, re.M)
+    return {pathlib.Path(name) for name in re.findall(r"^(\S+?):\d+:\d+: error:", report, re.M)
             } & paths
 
 
-def passes_together(sources: list[Source]) -> bool:
-    """Whether nothing is found in the files, put behind each other as one."""
-    with tempfile.NamedTemporaryFile("w", suffix=".cpp") as group:
-        group.write("".join(source.path.read_text("utf-8") + "\n" for source in sources))
-        group.flush()
-        folders = dict.fromkeys(f"-iquote{source.path.parent}" for source in sources)
-        return tidy(pathlib.Path(group.name), (*sources[0].call, *folders),
-                    f"--checks={sources[0].checks},{NOT_IN_GROUPS}".replace("=,", "="))[0]
+def suspects(sources: list[Source]) -> list[Source]:
+    """The files in which something is found when they are put behind each other as one; all of them
+    when that does not tell whose fault it is."""
+    texts = [source.path.read_text("utf-8") + "\n" for source in sources]
+    folders = dict.fromkeys(f"-iquote{source.path.parent}" for source in sources)
+    passed, report, lines = report_on(sources, "".join(texts),
+                                      f"{sources[0].checks},{NOT_IN_GROUPS}".lstrip(","), *folders)
+    if passed:
+        return []
+    # Behind an error of the compiler not everything is looked at.
+    if not lines or 0 in lines or "clang-diagnostic-error" in report:
+        return sources
+    ends = list(itertools.accumulate(text.count("\n") for text in texts))
+    found = {bisect.bisect_left(ends, line) for line in lines}
+    return [sources[number] for number in sorted(found)]
 
 
 def look_at(sources: list[Source]) -> dict[pathlib.Path, str]:
-    """{file: what was found, empty for nothing} for files that are compiled in the same way."""
+    """{file: what was found, empty for nothing} for files that compile behind each other. What is
+    found in a file decides when the file is looked at alone."""
     if len(sources) == 1:
         passed, text = tidy(sources[0].path, sources[0].call, f"--checks={sources[0].checks}")
         return {sources[0].path: "" if passed else text or "clang-tidy failed\n"}
-    apart = clashing(sources)
+    suspected = suspects(sources)
+    if suspected == sources:
+        middle = len(sources) // 2
+        return look_at(sources[:middle]) | look_at(sources[middle:])
+    result = {source.path: "" for source in sources}
+    for source in suspected:
+        result |= look_at([source])
+    return result
+
+
+def rounds(sources: list[Source]) -> list[list[Source]]:
+    """The files that are compiled alike, in lists of those that compile behind each other."""
+    apart = clashing(sources) if len(sources) > 1 else set()
     rest = [source for source in sources if source.path not in apart]
-    if apart and rest:
-        return look_at(rest) | look_at([source for source in sources if source.path in apart])
-    if passes_together(sources):
-        return {source.path: "" for source in sources}
-    middle = len(sources) // 2
-    return look_at(sources[:middle]) | look_at(sources[middle:])
+    if not apart or not rest:
+        return [sources]
+    return [rest, *rounds([source for source in sources if source.path in apart])]
 
 
 def groups(sources: list[Source]) -> list[list[Source]]:
-    """The files that are compiled alike, in groups of a bearable size, the large ones first."""
-    alike = collections.defaultdict(list)
-    for source in sources:
-        alike[source.checks, source.call].append(source)
-    parts = [files[i:i + TOGETHER] for files in alike.values()
-             for i in range(0, len(files), TOGETHER)]
-    return sorted(parts, key=len, reverse=True)
+    """The files in equal groups of a bearable size."""
+    count = -(-len(sources) // TOGETHER)
+    return [sources[number::count] for number in range(count)]
 
 
 def main() -> int:
@@ -184,9 +212,16 @@ def main() -> int:
     sources = sources_in(commands_file, "--all" in sys.argv[3:])
     keys = {source.path: stamps / stamp_of(source) for source in sources}
     due = [source for source in sources if not keys[source.path].exists()]
+    alike = collections.defaultdict(list)
+    for source in due:
+        alike[source.checks, source.call].append(source)
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
-        for found in pool.map(look_at, groups(due)):
+        parts = [part for lists in pool.map(rounds, alike.values()) for together in lists
+                 for part in groups(together)]
+        # Those of what ships, on which everything is looked at, take longest and come first.
+        parts.sort(key=lambda part: (part[0].checks == "", len(part)), reverse=True)
+        for found in pool.map(look_at, parts):
             for path, text in found.items():
                 if text:
                     failed += 1

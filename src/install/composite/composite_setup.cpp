@@ -115,5 +115,7 @@ bool CompositeDeviceSetup(std::uint32_t state, std::wstring* compositeId) {
     if (!VisitDevices(set.Get(), state, compositeId, toInstall)) {
         return false;
     }
-    return !toInstall || InstallCompositeDriver(set.Get(), *toInstall, *compositeId);
+    // Without an ID no device was found.
+    return compositeId == nullptr || !toInstall ||
+           InstallCompositeDriver(set.Get(), *toInstall, *compositeId);
 }

@@ -25,8 +25,8 @@ bool IsInf(const std::wstring& path) {
 }
 
 bool SharesAnId(const DeviceIdList& oemIds, const DeviceIdList& packetIds) {
-    return std::any_of(oemIds.begin(), oemIds.end(),
-                       [&packetIds](const std::wstring& id) { return ListHolds(packetIds, id); });
+    return std::ranges::any_of(
+        oemIds, [&packetIds](const std::wstring& id) { return ListHolds(packetIds, id); });
 }
 
 // Takes the INF out of the store by the system's own way, where the system has one.

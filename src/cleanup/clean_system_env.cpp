@@ -37,7 +37,6 @@ bool CleanSystemEnv() {
                         L"CleanSystemEnv: Get driver packet %s inf set fail,error code 0x%08X")) {
         return false;
     }
-    return std::all_of(infs.begin(), infs.end(), CleanDevicesOf) &&
-           std::all_of(infs.begin(), infs.end(), CleanInf) &&
-           std::all_of(infs.begin(), infs.end(), RemoveFile);
+    return std::ranges::all_of(infs, CleanDevicesOf) && std::ranges::all_of(infs, CleanInf) &&
+           std::ranges::all_of(infs, RemoveFile);
 }

@@ -22,13 +22,13 @@ std::wstring Cut(std::wstring_view text, std::size_t capacity) {
 
 std::wstring UpperCase(std::wstring_view text) {
     std::wstring result(text);
-    std::transform(result.begin(), result.end(), result.begin(), FoldUp);
+    std::ranges::transform(result, result.begin(), FoldUp);
     return result;
 }
 
 bool EqualIgnoringCase(std::wstring_view left, std::wstring_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](wchar_t a, wchar_t b) { return FoldUp(a) == FoldUp(b); });
+    return std::ranges::equal(left, right,
+                              [](wchar_t a, wchar_t b) { return FoldUp(a) == FoldUp(b); });
 }
 
 bool Contains(std::wstring_view text, std::wstring_view part) {
@@ -36,9 +36,8 @@ bool Contains(std::wstring_view text, std::wstring_view part) {
 }
 
 bool ListHolds(const TextList& list, std::wstring_view text) {
-    return std::any_of(list.begin(), list.end(), [text](const std::wstring& entry) {
-        return EqualIgnoringCase(entry, text);
-    });
+    return std::ranges::any_of(
+        list, [text](const std::wstring& entry) { return EqualIgnoringCase(entry, text); });
 }
 
 void AppendDistinct(TextList& list, std::wstring_view text) {

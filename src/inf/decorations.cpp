@@ -11,7 +11,7 @@ bool DecorationApplies(std::wstring_view decoration, std::uint16_t architecture)
     const auto is = [decoration](std::wstring_view name) {
         return EqualIgnoringCase(decoration, name);
     };
-    if (std::none_of(KnownDecorations.begin(), KnownDecorations.end(), is)) {
+    if (std::ranges::none_of(KnownDecorations, is)) {
         return false;
     }
     switch (architecture) {

@@ -35,7 +35,7 @@ bool CollectCopySections(const std::wstring& infPath, const std::wstring& instal
 }
 
 bool FolderIsListed(const DriverFileList& entries, const std::wstring& folder) {
-    return std::any_of(entries.begin(), entries.end(), [&folder](const DriverFileEntry& entry) {
+    return std::ranges::any_of(entries, [&folder](const DriverFileEntry& entry) {
         return EqualIgnoringCase(entry.front(), folder);
     });
 }

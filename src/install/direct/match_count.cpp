@@ -12,7 +12,6 @@ std::wstring BaseIdOf(std::wstring_view deviceId) {
 
 std::size_t ExpectedMatches(const TextList& packetIds, std::wstring_view deviceId) {
     const std::wstring base = BaseIdOf(deviceId);
-    return static_cast<std::size_t>(
-        std::count_if(packetIds.begin(), packetIds.end(),
-                      [&base](const std::wstring& id) { return BaseIdOf(id) == base; }));
+    return static_cast<std::size_t>(std::ranges::count_if(
+        packetIds, [&base](const std::wstring& id) { return BaseIdOf(id) == base; }));
 }

@@ -21,9 +21,8 @@ std::wstring_view Unquoted(std::wstring_view value) {
     return quoted ? value.substr(1, value.size() - 2) : value;
 }
 
-template <typename Named>
-const Named* FindByName(const std::vector<Named>& list, std::wstring Named::*name,
-                        std::wstring_view wanted) {
+template <typename Named, typename Member>
+const Named* FindByName(const std::vector<Named>& list, Member name, std::wstring_view wanted) {
     const auto found = std::find_if(list.begin(), list.end(), [&](const Named& entry) {
         return EqualIgnoringCase(entry.*name, wanted);
     });

@@ -131,7 +131,7 @@ bool ExecuteScriptLine(const std::wstring& line) {
 } // namespace
 
 std::wstring TextOfRegistryData(const RegistryData& data) {
-    return std::wstring(data.begin(), std::find(data.begin(), data.end(), L'\0'));
+    return std::wstring(data.begin(), std::ranges::find(data, L'\0'));
 }
 
 bool RunRegeditSection(const std::wstring& section) {

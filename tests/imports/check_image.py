@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the shape of what ships: header flags, size, and the DLLs that are loaded by name.
+"""Checks the shape of what ships: header flags, size, the DLLs that are loaded by name, and what
+the program's manifest asks Windows for.
 
 usage: check_image.py <Setup.exe> <library>...
 
@@ -9,6 +10,7 @@ taken from beside the program, which runs elevated: the program's list is fixed 
 import pathlib
 import struct
 import sys
+import xml.etree.ElementTree
 
 MOST_BYTES = 204_800
 # Loaded from beside the program by design: the last two.
@@ -17,6 +19,11 @@ DLLS = {"kernel32.dll", "user32.dll", "advapi32.dll", "setupapi.dll", "msvcrt.dl
 RUN_FROM_SWAP = 0x0400 | 0x0800
 # Terminal-server aware, no execution of data, addresses that change, all of 64 bits.
 DLL_FLAGS = 0x8000 | 0x0100 | 0x0040 | 0x0020
+
+# Its own resolution for its window, and no virtual registry or question after the run.
+MANIFEST = {"dpiAware": ["true"], "requestedExecutionLevel": ["requireAdministrator"]}
+# From Vista to 11 there are five IDs of a Windows version.
+WINDOWS_VERSIONS = 5
 
 
 class Image:
@@ -46,6 +53,25 @@ class Image:
             entry += 20
         return names
 
+    def manifest(self) -> dict[str, list[str]]:
+        """{element: what each of its kind says}. The resource is the only XML in the file."""
+        begin, end = self.bytes.index(b"<?xml"), self.bytes.rindex(b"</assembly>")
+        root = xml.etree.ElementTree.fromstring(self.bytes[begin:end] + b"</assembly>")
+        found: dict[str, list[str]] = {}
+        for element in root.iter():
+            said = element.get("level") or element.get("Id") or (element.text or "").strip()
+            found.setdefault(element.tag.rpartition("}")[2], []).append(said)
+        return found
+
+
+def manifest_problems(image: Image) -> list[str]:
+    found = image.manifest()
+    problems = [f"has {found.get(name)} for {name} in its manifest instead of {wanted}"
+                for name, wanted in MANIFEST.items() if found.get(name) != wanted]
+    if len(set(found.get("supportedOS", []))) != WINDOWS_VERSIONS:
+        problems.append(f"names {found.get('supportedOS')} as the versions it is for")
+    return problems
+
 
 def find_problems(image: Image) -> list[str]:
     problems = []
@@ -62,10 +88,11 @@ def main() -> int:
     images = [Image(pathlib.Path(name)) for name in sys.argv[1:]]
     problems = [f"{image.path.name} {text}" for image in images for text in find_problems(image)]
     program = images[0]
+    problems += [f"{program.path.name} {text}" for text in manifest_problems(program)]
     if len(program.bytes) > MOST_BYTES:
         problems.append(f"{program.path.name} has {len(program.bytes):,} bytes; "
                         f"it was meant to stay below {MOST_BYTES:,}")
-    well = f"{program.path.name}: {len(program.bytes):,} bytes, all flags set"
+    well = f"{program.path.name}: {len(program.bytes):,} bytes, flags and manifest as they should be"
     print("\n".join(problems) or well)
     return 1 if problems else 0
 

@@ -37,6 +37,23 @@ def test_full_disk():
         _sample.nothing_installed(on)
 
 
+def test_no_rights():
+    """Where the log may not be opened it goes to the temp folder; where it may not be opened there
+    either, the installation goes on without a log."""
+    # A folder of the log's name refuses as a file without rights does: with error 5.
+    with _scenario.plugged("plugged", SETTINGS, pace=_scenario.HURRY) as on:
+        (on.program / "Setup.log").mkdir()
+        lines = _scenario.run(on, "-i", 1)
+        _check.equal("place of the log", on.log_path(), temp_folder(on) / "Setup.log")
+        assert lines[-1].startswith(COMPLETE), lines[-1]
+        _sample.all_installed(on, plain=True)
+        (temp_folder(on) / "Setup.log").unlink()
+        (temp_folder(on) / "Setup.log").mkdir()
+        outcome = on.run("-u")
+        _check.equal("exit code and log without a place", (outcome.exit_code, outcome.log), (1, ""))
+        _sample.nothing_installed(on)
+
+
 def test_deleted_in_mid_run():
     """A log that is deleted while the program works is begun anew, and the run goes on."""
     with _scenario.plugged("plugged", SETTINGS, pace=_scenario.PACE) as on:

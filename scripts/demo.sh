@@ -9,7 +9,7 @@ heading() { printf '\n== %s\n' "$1"; }
 
 heading "Set-up and build"
 install_missing_packages
-scripts/build.sh mingw
+scripts/build.sh mingw=Setup,lab/all
 ls -l build/mingw/Setup.exe build/mingw/Quenlor64.DLL build/mingw/Vantrel64.DLL
 
 machine=demo-$$

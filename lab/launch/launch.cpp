@@ -3,7 +3,7 @@
 // that ended itself with status 0xC0000417 would look like one that returned 23.
 //
 // The program ends with this one: killing this process from the host leaves nothing running.
-#include <windows.h>
+#include "platform/owners.h"
 
 #include <cstdio>
 #include <cwchar>
@@ -12,22 +12,6 @@
 namespace {
 
 constexpr int NotStarted = 127;
-
-class Handle {
-public:
-    explicit Handle(HANDLE handle) : handle_(handle) {}
-    ~Handle() {
-        if (handle_ != nullptr) {
-            CloseHandle(handle_);
-        }
-    }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    [[nodiscard]] HANDLE Get() const { return handle_; }
-
-private:
-    HANDLE handle_;
-};
 
 // Where the next argument of a command line begins. Quotes hold blanks together; none of the lab's
 // paths has a quote inside.
@@ -75,13 +59,13 @@ bool StartOrTryAgain(wchar_t* commandLine, PROCESS_INFORMATION& made) {
 
 // False leaves the reason in the last error.
 bool Run(wchar_t* commandLine, DWORD& status) {
-    const Handle job(MakeJob());
+    const KernelObjectOwner job(MakeJob());
     PROCESS_INFORMATION made = {};
     if (!StartOrTryAgain(commandLine, made)) {
         return false;
     }
-    const Handle process(made.hProcess);
-    const Handle thread(made.hThread);
+    const KernelObjectOwner process(made.hProcess);
+    const KernelObjectOwner thread(made.hThread);
     AssignProcessToJobObject(job.Get(), process.Get());
     ResumeThread(thread.Get());
     WaitForSingleObject(process.Get(), INFINITE);

@@ -1,5 +1,6 @@
 // Semaphores, threads and their messages.
 #include "conformance/statement.h"
+#include "platform/owners.h"
 
 #include <array>
 
@@ -10,22 +11,6 @@ namespace {
 constexpr DWORD Long = 10'000; // milliseconds, never waited for
 constexpr UINT FirstMessage = WM_APP + 1;
 constexpr UINT SecondMessage = WM_APP + 2;
-
-class Handle {
-public:
-    explicit Handle(HANDLE handle) : handle_(handle) {}
-    ~Handle() {
-        if (handle_ != nullptr) {
-            CloseHandle(handle_);
-        }
-    }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    [[nodiscard]] HANDLE Get() const { return handle_; }
-
-private:
-    HANDLE handle_;
-};
 
 constexpr const wchar_t* Name = L"StatementSemaphore";
 
@@ -68,20 +53,20 @@ DWORD WINAPI TellId(void* id) {
 } // namespace
 
 STATEMENT(O01, "CreateSemaphoreW", Tested, "PreInstall", "A new semaphore leaves last error 0") {
-    const Handle made(Make(Name));
+    const KernelObjectOwner made(Make(Name));
     return DoneWith(made.Get(), ERROR_SUCCESS);
 }
 
 STATEMENT(O02, "CreateSemaphoreW", Tested, "-",
           "A name that exists gives a handle to that one, and 183") {
-    const Handle first(Make(Name));
-    const Handle second(Make(Name));
+    const KernelObjectOwner first(Make(Name));
+    const KernelObjectOwner second(Make(Name));
     return DoneWith(second.Get(), ERROR_ALREADY_EXISTS);
 }
 
 STATEMENT(O03, "CreateSemaphoreW", Tested, "-", "Letter case makes another name") {
-    const Handle first(Make(Name));
-    const Handle second(Make(L"STATEMENTsemaphore"));
+    const KernelObjectOwner first(Make(Name));
+    const KernelObjectOwner second(Make(L"STATEMENTsemaphore"));
     return DoneWith(second.Get(), ERROR_SUCCESS);
 }
 
@@ -93,8 +78,8 @@ STATEMENT(O04, "OpenSemaphoreW CloseHandle", Tested, "PreInstallWorkItemThreadFu
 
 STATEMENT(O05, "OpenSemaphoreW", Tested, "PreInstallWorkItemThreadFun",
           "A name that exists can be opened") {
-    const Handle made(Make(Name));
-    const Handle opened(Open(Name));
+    const KernelObjectOwner made(Make(Name));
+    const KernelObjectOwner opened(Open(Name));
     return Done(opened.Get());
 }
 
@@ -104,31 +89,31 @@ STATEMENT(O06, "OpenSemaphoreW", Tested, "-", "Opening without a name: 87") {
 
 STATEMENT(O07, "WaitForSingleObject", Documented, "PreInstallWatchDogThreadFun",
           "A semaphore of count 0 lets a wait time out") {
-    const Handle made(Make(Name));
+    const KernelObjectOwner made(Make(Name));
     return Returns(WaitForSingleObject(made.Get(), 0), WAIT_TIMEOUT);
 }
 
 STATEMENT(O08, "ReleaseSemaphore", Documented, "PreInstallWorkItemThreadFun",
           "Releasing tells the count before") {
-    const Handle made(Make(Name));
+    const KernelObjectOwner made(Make(Name));
     LONG before = 77;
     return Done(ReleaseSemaphore(made.Get(), 1, &before)) && Equal(before == 0 ? 0U : 1U, 0U);
 }
 
 STATEMENT(O09, "ReleaseSemaphore", Tested, "PreInstallWorkItemThreadFun",
           "Releasing beyond the maximum: 298") {
-    const Handle made(Make(Name, 1, 1));
+    const KernelObjectOwner made(Make(Name, 1, 1));
     return Refused(ReleaseSemaphore(made.Get(), 1, nullptr), ERROR_TOO_MANY_POSTS);
 }
 
 STATEMENT(O10, "ReleaseSemaphore", Unjudged, "-", "Releasing by nothing: 87") {
-    const Handle made(Make(Name));
+    const KernelObjectOwner made(Make(Name));
     return Refused(ReleaseSemaphore(made.Get(), 0, nullptr), ERROR_INVALID_PARAMETER);
 }
 
 STATEMENT(O11, "WaitForSingleObject ReleaseSemaphore", Documented, "PreInstallWatchDogThreadFun",
           "One wait takes one release, the next times out") {
-    const Handle made(Make(Name));
+    const KernelObjectOwner made(Make(Name));
     ReleaseSemaphore(made.Get(), 1, nullptr);
     return Returns(WaitForSingleObject(made.Get(), 0), WAIT_OBJECT_0) &&
            Returns(WaitForSingleObject(made.Get(), 0), WAIT_TIMEOUT);
@@ -179,14 +164,14 @@ STATEMENT(O20, "CreateThread GetCurrentThreadId WaitForSingleObject", Documented
           "The id that is told is the one that the thread has") {
     DWORD told = 0;
     DWORD own = 0;
-    const Handle thread(CreateThread(nullptr, 0, &TellId, &own, 0, &told));
+    const KernelObjectOwner thread(CreateThread(nullptr, 0, &TellId, &own, 0, &told));
     return Returns(WaitForSingleObject(thread.Get(), Long), WAIT_OBJECT_0) && Equal(own, told) &&
            Is(told != GetCurrentThreadId());
 }
 
 STATEMENT(O21, "CreateThread CloseHandle", Documented, "PreInstall",
           "A thread goes on after its handle was closed") {
-    const Handle made(Make(Name));
+    const KernelObjectOwner made(Make(Name));
     CloseHandle(CreateThread(nullptr, 0, &ReleaseGiven, made.Get(), 0, nullptr));
     return Returns(WaitForSingleObject(made.Get(), Long), WAIT_OBJECT_0);
 }

@@ -3,44 +3,13 @@
 #include "platform/platform.h"
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
 namespace proof {
 
 namespace {
-
-bool IsDots(const std::wstring& name) {
-    return name == L"." || name == L"..";
-}
-
-template <typename Visit>
-void EachEntry(const std::wstring& folder, Visit visit) {
-    WIN32_FIND_DATAW entry{};
-    HANDLE const search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
-        return;
-    }
-    do {
-        if (!IsDots(entry.cFileName)) {
-            visit(std::wstring(entry.cFileName),
-                  (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
-        }
-    } while (FindNextFileW(search, &entry) != FALSE);
-    FindClose(search);
-}
-
-void RemoveTree(const std::wstring& folder) {
-    EachEntry(folder, [&](const std::wstring& name, bool isFolder) {
-        const std::wstring path = folder + L"\\" + name;
-        if (isFolder) {
-            RemoveTree(path);
-        } else {
-            DeleteFileW(path.c_str());
-        }
-    });
-    RemoveDirectoryW(folder.c_str());
-}
 
 std::wstring Tool() {
     std::array<wchar_t, MAX_PATH> path{};
@@ -77,19 +46,19 @@ PacketFolder::PacketFolder() {
     std::array<wchar_t, MAX_PATH> temp{};
     GetTempPathW(static_cast<DWORD>(temp.size()), temp.data());
     path_ = temp.data() + (L"proof" + std::to_wstring(GetCurrentProcessId()));
-    RemoveTree(path_);
-    CreateDirectoryW(path_.c_str(), nullptr);
+    std::filesystem::remove_all(path_);
+    std::filesystem::create_directory(path_);
 }
 
 PacketFolder::~PacketFolder() {
-    RemoveTree(path_);
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
 }
 
 void PacketFolder::Keep(const std::map<std::wstring, std::string>& files) {
     const std::wstring folder = path_ + L"\\" + NameOf(kept_++);
-    CreateDirectoryW(folder.c_str(), nullptr);
     // Also without an INF.
-    CreateDirectoryW((folder + L"\\WIN10").c_str(), nullptr);
+    std::filesystem::create_directories(folder + L"\\WIN10");
     for (const auto& [name, bytes] : files) {
         std::ofstream file((folder + L"\\" + name).c_str(), std::ios::binary);
         file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -5,49 +5,15 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 
 namespace {
 
-template <typename Visit>
-void EachEntry(const std::wstring& folder, Visit visit) {
-    WIN32_FIND_DATAW entry{};
-    HANDLE const search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
-        return;
-    }
-    do {
-        const std::wstring name = entry.cFileName;
-        if (name != L"." && name != L"..") {
-            visit(name, (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
-        }
-    } while (FindNextFileW(search, &entry) != FALSE);
-    FindClose(search);
-}
-
-void RemoveTree(const std::wstring& folder) {
-    EachEntry(folder, [&folder](const std::wstring& name, bool isFolder) {
-        const std::wstring path = folder + L"\\" + name;
-        if (isFolder) {
-            RemoveTree(path);
-        } else {
-            DeleteFileW(path.c_str());
-        }
-    });
-    RemoveDirectoryW(folder.c_str());
-}
-
-void MakeFolders(const std::wstring& path) {
-    for (std::size_t cut = path.find(L'\\', 3); cut != std::wstring::npos;
-         cut = path.find(L'\\', cut + 1)) {
-        CreateDirectoryW(path.substr(0, cut).c_str(), nullptr);
-    }
-}
-
 void WriteBytes(const std::wstring& path, const std::string& bytes) {
-    MakeFolders(path);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream file(path.c_str(), std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!file) {
@@ -55,27 +21,15 @@ void WriteBytes(const std::wstring& path, const std::string& bytes) {
     }
 }
 
-void CollectFiles(const std::wstring& folder, const std::wstring& prefix,
-                  std::map<std::string, std::string>& files) {
-    EachEntry(folder, [&](const std::wstring& name, bool isFolder) {
-        const std::wstring path = folder + L"\\" + name;
-        if (isFolder) {
-            CollectFiles(path, prefix + name + L"\\", files);
-        } else {
-            std::ifstream file(path.c_str(), std::ios::binary);
-            files[Utf8(prefix + name)] = {std::istreambuf_iterator<char>(file), {}};
+// Removes what holds nothing any more, from the inside out.
+void RemoveEmptyFolders(const std::filesystem::path& folder) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.is_directory()) {
+            RemoveEmptyFolders(entry.path());
         }
-    });
-}
-
-// Folders that hold nothing any more.
-void RemoveEmptyFolders(const std::wstring& folder) {
-    EachEntry(folder, [&folder](const std::wstring& name, bool isFolder) {
-        if (isFolder) {
-            RemoveEmptyFolders(folder + L"\\" + name);
-            RemoveDirectoryW((folder + L"\\" + name).c_str());
-        }
-    });
+    }
+    std::error_code holdsSomething;
+    std::filesystem::remove(folder, holdsSomething);
 }
 
 } // namespace
@@ -84,21 +38,23 @@ ScratchFolder::ScratchFolder(const std::wstring& name) {
     std::array<wchar_t, MAX_PATH> temp{};
     GetTempPathW(static_cast<DWORD>(temp.size()), temp.data());
     path_ = temp.data() + (L"pc" + std::to_wstring(GetCurrentProcessId()) + name);
-    RemoveTree(path_);
-    CreateDirectoryW(path_.c_str(), nullptr);
+    std::filesystem::remove_all(path_);
+    std::filesystem::create_directory(path_);
 }
 
 ScratchFolder::~ScratchFolder() {
-    RemoveTree(path_);
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
 }
 
 void ScratchFolder::Fill(const std::map<std::string, std::string>& files) {
     for (const auto& [name, bytes] : files_) {
         if (!files.contains(name)) {
-            DeleteFileW((path_ + L"\\" + Wide(name)).c_str());
+            std::filesystem::remove(path_ + L"\\" + Wide(name));
         }
     }
     RemoveEmptyFolders(path_);
+    std::filesystem::create_directory(path_);
     for (const auto& [name, bytes] : files) {
         const auto before = files_.find(name);
         if (before == files_.end() || before->second != bytes) {
@@ -110,7 +66,13 @@ void ScratchFolder::Fill(const std::map<std::string, std::string>& files) {
 
 std::map<std::string, std::string> FilesBelow(const std::wstring& folder) {
     std::map<std::string, std::string> files;
-    CollectFiles(folder, L"", files);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            files[Utf8(entry.path().wstring().substr(folder.size() + 1))] = {
+                std::istreambuf_iterator<char>(file), {}};
+        }
+    }
     return files;
 }
 

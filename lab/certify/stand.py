@@ -146,14 +146,15 @@ class Stand:
                 for inf in self.stored_infs() if inf.ids in names}
 
     def _stays(self, line: str, after: Snapshot) -> bool:
-        """Whether Windows keeps that after a removal as well: the keys of services and of classes,
-        its own driver of a whole device, and what it remembers of a device that was plugged."""
+        """Whether Windows keeps that after a removal as well: the keys of services, of classes of
+        devices and of interfaces, its own driver of a whole device, and what it remembers of a
+        device that was plugged."""
         written = line[line.index("[") + 1:line.index("]")]
         key = written.lower()
         service = re.search(r"\\services\\([^\\]+)", key)
         if service and any(service.group(1) in inf.services for inf in self._known_infs()):
             return True
-        if re.search(r"\\control\\class\\\{[^\\]*\}(\\properties)?$", key):
+        if re.search(r"\\control\\(device)?class(es)?\\\{[^\\]*\}(\\properties)?$", key):
             return True
         if "\\control\\class\\" in key and _is_of_windows(after.registry.get(written, "")):
             return True

@@ -20,7 +20,7 @@ def test_scsi_switch():
         _check.in_order(
             lines,
             "ShiftDevice: Shift mode is 2",
-            "ShiftDevice: SCSI device USBSTOR\\CdRom&Ven_Demo&Prod_Modem&Rev_0100 found,"
+            "ShiftDevice: SCSI device USBSTOR\\CdRomDemo____Modem___________0100 found,"
             "sending SCSI cmd 11,06,00,00,00,00",
             "ShiftDevice: Send SCSI cmd 11,06,00,00,00,00 finish,result is 0x00000000,"
             "begin to install driver",

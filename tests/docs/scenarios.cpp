@@ -256,9 +256,8 @@ void AddModemKeys(Machine& m) {
 }
 
 void AddDrive(Machine& m) {
-    const std::wstring id = L"USBSTOR\\CdRom&Ven_Demo&Prod_Modem&Rev_0100";
-    m.AddDevice({.InstanceId = id + L"\\1",
-                 .HardwareIds = {id},
+    m.AddDevice({.InstanceId = L"USBSTOR\\CdRom&Ven_Demo&Prod_Modem&Rev_0100\\1",
+                 .HardwareIds = {L"USBSTOR\\CdRomDemo____Modem___________0100"},
                  .Class = L"CDROM",
                  .Interfaces = {{CdromInterface, L"\\\\?\\cdrom#1"}}});
 }

@@ -271,8 +271,6 @@ TEST_CASE("The plan of the lab's packet, with each MODE, is what its runs do") {
     for (const wchar_t* const mode : {L"MODE=0", L"MODE=1", L"MODE=2"}) {
         RandomPacket packet = LabPacket();
         Replace(packet.Ini, L"MODE=1", mode);
-        // The drive of this machine.
-        Replace(packet.Ini, L"&Prod_Modem&Rev_0100", L"&Rev_1");
         played.push_back(Play(packet, static_cast<std::uint32_t>(played.size()), folder));
     }
     const std::vector<Json> installs = folder.Plans(L"-i");

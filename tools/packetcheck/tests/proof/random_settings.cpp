@@ -82,7 +82,8 @@ void Switch(Dice& dice, Sections& sections) {
     Set(dice, sections, L"SHIFTDEVICE", L"NEEDSHIFTDEVICE", dice.Pick({L"1", L"1", L"256", L"0"}));
     Set(dice, sections, L"SHIFTDEVICE", L"SHIFTMODE", dice.Pick({L"0", L"1", L"2"}));
     if (!dice.Once(6)) {
-        SetText(dice, sections, L"SHIFTDEVICE", L"SCSIDEVICE", L"USBSTOR\\CdRom&Ven_Demo&Rev_1");
+        SetText(dice, sections, L"SHIFTDEVICE", L"SCSIDEVICE",
+                L"USBSTOR\\CdRomDemo____Modem___________0100");
     }
     if (!dice.Once(6)) {
         SetText(dice, sections, L"SHIFTDEVICE", L"SCSICMD",

@@ -81,10 +81,10 @@ void Plug(Machine& m, const std::wstring& id, const std::wstring& className) {
 }
 
 void PlugDrive(Machine& m) {
-    const std::wstring instance = L"USBSTOR\\CdRom&Ven_Demo&Rev_1\\1";
+    const std::wstring instance = L"USBSTOR\\CdRom&Ven_Demo&Prod_Modem&Rev_0100\\1";
     if (!m.HasDevice(instance)) {
         m.AddDevice({.InstanceId = instance,
-                     .HardwareIds = {L"USBSTOR\\CdRom&Ven_Demo&Rev_1"},
+                     .HardwareIds = {L"USBSTOR\\CdRomDemo____Modem___________0100"},
                      .Class = L"CDROM",
                      .Interfaces = {{.ClassGuid = CdromInterface, .Path = L"\\\\?\\drive"}}});
     }

@@ -7,11 +7,14 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <io.h>
+#include <memory>
 #include <optional>
 #include <regex>
 #include <set>
+#include <sys/stat.h>
 
 using namespace machine;
 
@@ -32,8 +35,8 @@ void LimitRun(Machine& m, const Scenario& scenario) {
     if (scenario.CountSettings) {
         m.CountSettingsToo();
     }
-    scenario.Describe(m);
     GuardOneIn(GuardedBlocks);
+    scenario.Describe(m);
 }
 
 struct Ending {
@@ -57,14 +60,21 @@ bool MayEndProcess(const Machine& m, DWORD status) {
     return status == BadIndex && AnyFailed(m, parsing);
 }
 
+// A file that goes with the process. Of NUL the C library asks with every character whether it is a
+// console, which costs more than the run.
+int Nowhere() {
+    static const int file = [] {
+        const std::unique_ptr<char, decltype(&std::free)> name(_tempnam(nullptr, "st"), &std::free);
+        return _open(name.get(), _O_WRONLY | _O_CREAT | _O_TEMPORARY, _S_IREAD | _S_IWRITE);
+    }();
+    _lseek(file, 0, SEEK_SET);
+    return file;
+}
+
 // While it lives, what the program writes to the standard output goes nowhere.
 class Silence {
 public:
-    Silence() : kept_((std::fflush(stdout), _dup(1))) {
-        const int nowhere = _open("NUL", _O_WRONLY);
-        _dup2(nowhere, 1);
-        _close(nowhere);
-    }
+    Silence() : kept_((std::fflush(stdout), _dup(1))) { _dup2(Nowhere(), 1); }
     ~Silence() {
         std::fflush(stdout);
         _dup2(kept_, 1);

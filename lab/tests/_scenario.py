@@ -24,10 +24,12 @@ QUICK = {"ENUM": {"SCSIRSPTIMEOUT": 0}, "UI": {"NEEDUI": 0}}
 @contextlib.contextmanager
 def plugged(description: str = "demo", settings: Changes | None = None, generation: str = "WIN7",
             screen: bool = False, pace: int = 1) -> Iterator[Machine]:
-    """A machine with the sample packet and a described modem, on and settled."""
+    """A machine with the sample packet and a described modem, on and settled. Copies keep the
+    packet's limit of 20 real seconds: they are Wine's own, and take as long as it takes."""
+    settings = changed({"INSTALL": {"COPYOEMTIMEOUT": 20 * pace}}, settings or {})
     with Machine(generation=generation, wants_screen=screen, pace=pace) as made:
         setup_folder.furnish(made, "demo")
-        setup_folder.settings(made, settings or {})
+        setup_folder.settings(made, settings)
         modem.plug(made, description)
         made.remember()
         modem.wait_settled(made)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Finishes the headers of Windows files, where linker and strip have no switch for it.
 
-usage: image_flags.py <file.exe or .dll>...
+usage: image_flags.py <file.exe, .dll, or symbols of one>...
 
 Run from swap: Windows reads the whole file into memory when it lies on a removable medium or on the
 network. A modem's CD-ROM vanishes while the program that lies on it switches the modem.

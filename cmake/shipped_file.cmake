@@ -18,11 +18,13 @@ function(setup_shipped_file target)
     set(script ${CMAKE_SOURCE_DIR}/cmake/image_flags.py)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
     set(split)
+    set(symbols)
     if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
         set(split
             COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
             COMMAND ${CMAKE_STRIP} --strip-all $<TARGET_FILE:${target}>)
+        set(symbols $<TARGET_FILE:${target}>.debug)
     endif()
     add_custom_command(TARGET ${target} POST_BUILD ${split}
-        COMMAND Python3::Interpreter ${script} $<TARGET_FILE:${target}> VERBATIM)
+        COMMAND Python3::Interpreter ${script} $<TARGET_FILE:${target}> ${symbols} VERBATIM)
 endfunction()

@@ -8,7 +8,7 @@ if [ $# -lt 2 ]; then
     echo "usage: $0 <prefix folder> <program.exe> [arguments...]" >&2
     exit 2
 fi
-prefix=$1
+prefix=$(realpath -m "$1")
 shift
 
 wine=/usr/lib/wine/wine64

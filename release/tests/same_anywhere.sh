@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the program and its libraries from a copy of the sources in another folder: every byte must be
-# the same. What has not changed since the last time is not built again.
+# Builds the program and its libraries from a copy of the sources in another folder: every byte, of their
+# symbols too, must be the same. What has not changed since the last time is not built again.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 elsewhere=build/elsewhere/another/folder
@@ -15,7 +15,7 @@ git ls-files CMakeLists.txt CMakePresets.json cmake src companions tools docs/pa
     cat build/elsewhere/report.txt
     exit 1
 }
-for name in Setup.exe Quenlor64.DLL Vantrel64.DLL; do
+for name in {Setup.exe,Quenlor64.DLL,Vantrel64.DLL}{,.debug}; do
     cmp "build/mingw/$name" "$elsewhere/build/mingw/$name"
     echo "$name is the same"
 done

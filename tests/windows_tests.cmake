@@ -103,8 +103,8 @@ foreach(suffix IN ITEMS "" ${checked})
     add_dependencies(setup_tests${suffix} emergency_probe)
 endforeach()
 
-include(bench/bench.cmake)
 include(rooms.cmake)
+include(bench/bench.cmake)
 
 # What ships must load on the oldest system; counters bring imports of their own.
 if(NOT SETUP_COVERAGE)

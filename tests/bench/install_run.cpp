@@ -100,6 +100,7 @@ Cost MeasureInstall(int mode, const Size& size) {
     AddDevices(m, size);
     KeepJournalShort(m);
     InstallModeValue = mode;
+    MainThreadId = MainThread;
 
     Cost cost;
     const double start = ProcessorSeconds();

@@ -12,7 +12,7 @@ scripts/build.sh native mingw
 mkdir -p build/all
 {
     # add NAME SECONDS COST COMMAND...: what costs most starts first.
-    others=()
+    others=(mingw.packetcheck)
     add() {
         local name=$1 seconds=$2 cost=$3
         shift 3

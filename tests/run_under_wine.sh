@@ -32,6 +32,11 @@ mkdir -p "$prefix"
     fi
 ) 9>"$prefix/.lock"
 
+# Wine's server waits a little for the next test: a program that comes just while it ends is refused.
+server=/usr/lib/wine/wineserver64
+[ -x "$server" ] || server=$(command -v wineserver64 || command -v wineserver) || server=true
+"$server" -p30 >/dev/null 2>&1 </dev/null || true
+
 # Wine's services outlive the program and inherit its output; were that the caller's pipe, the caller
 # would wait for them as well.
 output=$(mktemp)

@@ -39,5 +39,5 @@ mkdir -p build/all
         "$(IFS=';' && printf '%s' "${others[*]}")"
 } >build/all/CTestTestfile.cmake
 
-# Most tests wait for Wine more than they compute.
-exec ctest --test-dir build/all --output-on-failure -j "$((2 * $(nproc)))"
+# Most tests wait for Wine, or for a modem, more than they compute.
+exec ctest --test-dir build/all --output-on-failure -j "$((3 * $(nproc)))"

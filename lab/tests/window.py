@@ -47,6 +47,16 @@ def look_at(picture: pathlib.Path) -> Look:
     return window, bounds(dark), frozenset(dark)
 
 
+def shows_text(on: Machine, picture: pathlib.Path) -> bool:
+    """Takes a picture; whether it shows a window with a text."""
+    on.shoot(picture)
+    try:
+        look_at(picture)
+    except AssertionError:
+        return False
+    return True
+
+
 def picture_in(language: str, resolution: int) -> Look:
     """The window of a run on a machine with this language and resolution."""
     with _scenario.plugged("demo", SETTINGS, screen=True) as on:
@@ -59,7 +69,8 @@ def picture_in(language: str, resolution: int) -> Look:
             host.wait_until(lambda: "Setup process complete" in on.log()
                             or process.poll() is not None, 30)
             host.wait_until(lambda: process.poll() is not None, 1)
-            on.shoot(picture)
+            # On a busy host the window is drawn late.
+            host.wait_until(lambda: shows_text(on, picture) or process.poll() is not None, 10)
 
         lines = _scenario.run(on, "-i", 1, during=shoot)
         _check.in_order(lines, f"ShowProgressUI: User set lang to {language}")

@@ -6,6 +6,7 @@
 #include "common/text.h"
 
 #include <array>
+#include <optional>
 
 namespace {
 

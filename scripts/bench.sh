@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # bench.sh [--full | --smallest]: how the cost of an install run grows with the number of INF files in
 # the packet, of OEM INFs in the store and of devices, on the simulated machine. Prints processor time,
-# calls of the INF parser and growth exponents; asserts no time. The small matrix takes a few minutes, --full
-# (64 INF files, 1,000 OEM INFs, 1,000 devices) far longer, --smallest a second.
+# calls of the INF parser and growth exponents; asserts no time. The small matrix takes seconds, --full
+# (64 INF files, 1,000 OEM INFs, 1,000 devices) far longer.
 #
 # The output names the growth that is by rule: files are read anew each time, so that a run never
 # acts on what a file said earlier.

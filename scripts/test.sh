@@ -22,7 +22,7 @@ mkdir -p build/all
         printf ')\nset_tests_properties([=[%s]=] PROPERTIES TIMEOUT %d' "$name" "$seconds"
         printf ' COST %d)\n' "$cost"
     }
-    add lint 1800 3000 "$PWD/scripts/lint.sh"
+    add lint 900 3000 "$PWD/scripts/lint.sh"
     add docs.log 60 1 python3 "$PWD/docs/check_log_page.py"
     add release 120 1 /usr/bin/python3 -B "$PWD/release/tests/release_test.py"
     add release.same_anywhere 600 2000 "$PWD/release/tests/same_anywhere.sh"

@@ -154,7 +154,7 @@ class Stand:
         service = re.search(r"\\services\\([^\\]+)", key)
         if service and any(service.group(1) in inf.services for inf in self._known_infs()):
             return True
-        if re.search(r"\\control\\(device)?class(es)?\\\{[^\\]*\}(\\properties)?$", key):
+        if re.search(r"\\control\\(class|deviceclasses)\\\{[^\\]*\}(\\properties)?$", key):
             return True
         if "\\control\\class\\" in key and _is_of_windows(after.registry.get(written, "")):
             return True

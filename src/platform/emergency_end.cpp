@@ -11,7 +11,7 @@ void EndInEmergency() {
 // The run-time library's own ends, replaced by name. Its handler of uncaught exceptions shows a
 // message box, which an unattended run would wait at for ever, and it and what throws the
 // exceptions of library classes are a third of the executable.
-// NOLINTBEGIN(cert-dcl58-cpp,bugprone-reserved-identifier,misc-use-internal-linkage,readability-*)
+// NOLINTBEGIN(misc-use-internal-linkage,readability-identifier-naming)
 #ifdef __GLIBCXX__
 namespace __gnu_cxx {
 
@@ -45,4 +45,4 @@ namespace std {
 
 } // namespace std
 #endif
-// NOLINTEND(cert-dcl58-cpp,bugprone-reserved-identifier,misc-use-internal-linkage,readability-*)
+// NOLINTEND(misc-use-internal-linkage,readability-identifier-naming)

@@ -139,14 +139,19 @@ void ForgetFiles(const std::wstring& inf) {
 void ForgetWinesCopies(const std::wstring& name) {
     wchar_t folder[MAX_PATH] = {};
     GetSystemDirectoryW(folder, MAX_PATH);
-    std::error_code error;
     const std::filesystem::path store =
         std::filesystem::path(folder) / L"driverstore" / L"filerepository";
-    for (const auto& entry : std::filesystem::directory_iterator(store, error)) {
-        const std::wstring found = entry.path().filename().wstring();
+    std::vector<std::filesystem::path> copies;
+    std::error_code error;
+    for (std::filesystem::directory_iterator at(store, error), end; at != end;
+         at.increment(error)) {
+        const std::wstring found = at->path().filename().wstring();
         if (_wcsnicmp(found.c_str(), (name + L"_").c_str(), name.size() + 1) == 0) {
-            std::filesystem::remove_all(entry.path(), error);
+            copies.push_back(at->path());
         }
+    }
+    for (const std::filesystem::path& copy : copies) {
+        std::filesystem::remove_all(copy, error);
     }
 }
 

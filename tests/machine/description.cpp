@@ -1,5 +1,7 @@
 #include "machine/description.h"
 
+#include "machine/guarded_memory.h"
+
 namespace machine {
 
 const GUID UsbDeviceInterface = {
@@ -8,6 +10,7 @@ const GUID CdromInterface = {
     0x53F56308, 0xB6BF, 0x11D0, {0x94, 0xF2, 0x00, 0xA0, 0xC9, 0x1E, 0xFB, 0x8B}};
 
 std::wstring Inf::Text() const {
+    const UnguardedScope unguarded;
     std::wstring text = L"[Version]\r\nSignature=\"$Windows NT$\"\r\n";
     if (!Class.empty()) {
         text += L"Class=" + Class + L"\r\n";

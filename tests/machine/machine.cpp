@@ -117,6 +117,7 @@ std::wstring Machine::AddInf(const std::wstring& relativePath, std::wstring_view
     return path;
 }
 std::wstring Machine::AddOemInf(const Inf& inf, const std::wstring& name) {
+    const UnguardedScope unguarded;
     const std::wstring path =
         state_->WindowsFolder + L"\\INF\\" + (name.empty() ? NextOemName(*state_) : name);
     WriteText(path, inf.Text());
@@ -162,6 +163,7 @@ std::wstring Machine::RealCopy(const std::wstring& path) const {
 }
 
 Device& Machine::AddDevice(Device device) {
+    const UnguardedScope unguarded;
     if (device.HardwareIds.empty() && device.HasHardwareIds) {
         device.HardwareIds = HardwareIdsOf(device.InstanceId);
     }

@@ -1,12 +1,24 @@
 #include "machine/text.h"
 
+#include "machine/guarded_memory.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 
 namespace machine {
 
+namespace {
+
+wchar_t LowerOf(wchar_t character) {
+    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character - L'A' + L'a')
+                                                  : character;
+}
+
+} // namespace
+
 std::string Utf8(std::wstring_view text) {
+    const UnguardedScope unguarded;
     const int length = static_cast<int>(text.size());
     const int size =
         WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
@@ -16,6 +28,7 @@ std::string Utf8(std::wstring_view text) {
 }
 
 std::wstring Wide(std::string_view utf8) {
+    const UnguardedScope unguarded;
     const int length = static_cast<int>(utf8.size());
     const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
     std::wstring result(static_cast<std::size_t>(size), L'\0');
@@ -24,16 +37,14 @@ std::wstring Wide(std::string_view utf8) {
 }
 
 std::wstring Lower(std::wstring_view text) {
+    const UnguardedScope unguarded;
     std::wstring result(text);
-    for (wchar_t& character : result) {
-        if (character >= L'A' && character <= L'Z') {
-            character = static_cast<wchar_t>(character - L'A' + L'a');
-        }
-    }
+    std::ranges::transform(result, result.begin(), LowerOf);
     return result;
 }
 
 std::wstring Upper(std::wstring_view text) {
+    const UnguardedScope unguarded;
     std::wstring result(text);
     for (wchar_t& character : result) {
         if (character >= L'a' && character <= L'z') {
@@ -44,7 +55,7 @@ std::wstring Upper(std::wstring_view text) {
 }
 
 bool SameText(std::wstring_view left, std::wstring_view right) {
-    return left.size() == right.size() && Lower(left) == Lower(right);
+    return std::ranges::equal(left, right, {}, LowerOf, LowerOf);
 }
 
 bool StartsWith(std::wstring_view text, std::wstring_view start) {
@@ -52,6 +63,7 @@ bool StartsWith(std::wstring_view text, std::wstring_view start) {
 }
 
 std::string HexText(unsigned long long value) {
+    const UnguardedScope unguarded;
     std::array<char, 24> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
     std::string text(digits.data(), end);
@@ -70,11 +82,13 @@ std::wstring GuidText(const GUID& guid) {
 }
 
 std::wstring FileName(std::wstring_view path) {
+    const UnguardedScope unguarded;
     const std::size_t cut = path.rfind(L'\\');
     return std::wstring(cut == std::wstring_view::npos ? path : path.substr(cut + 1));
 }
 
 std::wstring Folder(std::wstring_view path) {
+    const UnguardedScope unguarded;
     const std::size_t cut = path.rfind(L'\\');
     return std::wstring(cut == std::wstring_view::npos ? std::wstring_view{}
                                                        : path.substr(0, cut + 1));

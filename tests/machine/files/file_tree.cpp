@@ -1,5 +1,6 @@
 #include "machine/files/file_tree.h"
 
+#include "machine/guarded_memory.h"
 #include "machine/text.h"
 
 #include <algorithm>
@@ -104,6 +105,7 @@ WIN32_FIND_DATAW Listed(const FileEntry& entry, const std::wstring& name) {
 } // namespace
 
 std::wstring FoldedPath(std::wstring_view path) {
+    const UnguardedScope unguarded;
     return Folded(Joined(PartsOf(path)));
 }
 
@@ -118,6 +120,7 @@ const FileEntry* FileTree::Find(std::wstring_view path) const {
 }
 
 DWORD FileTree::ErrorOfMissing(std::wstring_view path) const {
+    const UnguardedScope unguarded;
     const std::vector<std::wstring> parts = PartsOf(path);
     if (!IsPath(parts)) {
         return ERROR_INVALID_NAME;
@@ -130,6 +133,7 @@ DWORD FileTree::ErrorOfMissing(std::wstring_view path) const {
 }
 
 FileEntry& FileTree::Put(std::wstring_view path) {
+    const UnguardedScope unguarded;
     const std::vector<std::wstring> parts = PartsOf(path);
     FileEntry& entry = entries_[Folded(Joined(parts))];
     if (entry.Name.empty()) {
@@ -139,6 +143,7 @@ FileEntry& FileTree::Put(std::wstring_view path) {
 }
 
 void FileTree::MakeFolders(std::wstring_view path) {
+    const UnguardedScope unguarded;
     std::wstring folder;
     for (const std::wstring& part : PartsOf(path)) {
         folder += (folder.empty() ? L"" : L"\\") + part;
@@ -154,6 +159,7 @@ void FileTree::Erase(std::wstring_view path) {
 }
 
 std::vector<WIN32_FIND_DATAW> FileTree::List(std::wstring_view pattern, DWORD& error) const {
+    const UnguardedScope unguarded;
     const std::wstring folder = FoldedPath(Folder(pattern));
     const std::wstring wanted = Folded(FileName(pattern));
     std::vector<WIN32_FIND_DATAW> entries;
@@ -178,6 +184,7 @@ std::vector<WIN32_FIND_DATAW> FileTree::List(std::wstring_view pattern, DWORD& e
 }
 
 std::vector<std::wstring> FileTree::FilesBelow(std::wstring_view folder) const {
+    const UnguardedScope unguarded;
     std::vector<std::wstring> files;
     std::map<std::wstring, std::wstring> shown; // folders by their keys
     const std::wstring top = FoldedPath(folder);

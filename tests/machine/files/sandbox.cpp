@@ -1,6 +1,7 @@
 #include "machine/files/sandbox.h"
 
 #include "machine/files/real_copies.h"
+#include "machine/guarded_memory.h"
 #include "machine/text.h"
 
 #include <array>
@@ -8,9 +9,8 @@
 
 namespace machine {
 
-namespace {} // namespace
-
 void MakeSandbox(State& state) {
+    const UnguardedScope unguarded;
     static int serial = 0;
     LimitRealCopies();
     state.RegistryRoot = L"Software\\SetupTests\\st" + std::to_wstring(GetCurrentProcessId()) +
@@ -33,6 +33,7 @@ void RemoveSandbox(State& state) {
 }
 
 void WriteBytes(State& state, const std::wstring& path, std::string_view bytes) {
+    const UnguardedScope unguarded;
     state.Files.MakeFolders(Folder(path));
     FileEntry& file = state.Files.Put(path);
     if (file.IsFolder()) {
@@ -44,12 +45,14 @@ void WriteBytes(State& state, const std::wstring& path, std::string_view bytes) 
 }
 
 void WriteText(State& state, const std::wstring& path, std::wstring_view text) {
+    const UnguardedScope unguarded;
     std::string bytes = "\xFF\xFE";
     bytes.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
     WriteBytes(state, path, bytes);
 }
 
 std::string ReadBytes(const State& state, const std::wstring& path) {
+    const UnguardedScope unguarded;
     const FileEntry* file = state.Files.Find(path);
     return file == nullptr ? std::string() : file->Bytes;
 }

@@ -127,6 +127,7 @@ FARPROC FindIn(const State& state, const std::wstring& path, const char* name) {
 }
 
 FARPROC WINAPI HookGetProcAddress(HMODULE module, LPCSTR name) {
+    const UnguardedScope unguarded;
     State* state = Inside();
     const OpenHandle* loaded =
         state == nullptr ? nullptr : state->Handles.Find(module, Kind::Library);

@@ -187,6 +187,7 @@ namespace machine {
 
 void Machine::SetRegistryText(const std::wstring& key, const std::wstring& name,
                               const std::wstring& text) {
+    const UnguardedScope unguarded;
     const TestKey opened(*state_, key, true);
     RegSetValueExW(opened.Get(), name.c_str(), 0, REG_SZ,
                    reinterpret_cast<const BYTE*>(text.c_str()),
@@ -202,6 +203,7 @@ bool Machine::RegistryValueExists(const std::wstring& key, const std::wstring& n
     return ReadValue(*state_, key, name).has_value();
 }
 std::wstring Machine::RegistryText(const std::wstring& key, const std::wstring& name) const {
+    const UnguardedScope unguarded;
     const std::string bytes = RegistryBytes(key, name);
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
     bytes.copy(reinterpret_cast<char*>(text.data()), text.size() * sizeof(wchar_t));
@@ -212,6 +214,7 @@ DWORD Machine::RegistryType(const std::wstring& key, const std::wstring& name) c
     return value ? value->first : REG_NONE;
 }
 std::string Machine::RegistryBytes(const std::wstring& key, const std::wstring& name) const {
+    const UnguardedScope unguarded;
     const auto value = ReadValue(*state_, key, name);
     return value ? value->second : std::string();
 }

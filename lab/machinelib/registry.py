@@ -57,16 +57,21 @@ def _delete(file: pathlib.Path, path: str) -> None:
         file.write_text("\n".join([head, *kept]), "utf-8")
 
 
+# Wine's own files tell when a key was written.
+_COMMENT = re.compile(r"^#.*\n?", re.M)
+
+
 def _sections(text: str) -> dict[str, str]:
     """{key path in its own case: the lines of its values} of either kind of text."""
     text = text.replace("\r", "").replace(",\\\n  ", ",")
     exported = text.startswith(("Windows Registry Editor", "REGEDIT"))
+    text = _COMMENT.sub("", text)
     keys: dict[str, str] = {}
     for section in text.split("\n[")[1:]:
         head, _, values = section.partition("\n")
         path = head[:head.rindex("]")]
         path = path if exported else path.replace("\\\\", "\\")
-        values = re.sub(r"^#.*\n?", "", values, flags=re.M).strip("\n")
+        values = values.strip("\n")
         keys[path] = keys[path] + "\n" + values if path in keys else values
     return keys
 

@@ -7,7 +7,7 @@ import os
 import pathlib
 import re
 
-from . import registry
+from . import disk, registry
 
 # What the lab and the program's log put on the disk, and what Wine does for itself in a session.
 _NOT_LOOKED_AT = re.compile(
@@ -25,7 +25,7 @@ class Snapshot:
     files: dict[str, str]
 
     def save(self, path: pathlib.Path) -> None:
-        path.write_text(json.dumps(dataclasses.asdict(self)))
+        path.write_text(json.dumps({"registry": self.registry, "files": self.files}))
 
     @classmethod
     def load(cls, path: pathlib.Path) -> "Snapshot":
@@ -46,21 +46,14 @@ class Snapshot:
 def stored_files(prefix: pathlib.Path) -> dict[str, str]:
     """All files of the machine's disk. A file that the machine shares with the template is known by
     its place on the host's disk; only a file of its own is read."""
-    disk = prefix / "drive_c"
-    found = {}
-    for folder, _, names in os.walk(disk):
-        for name in names:
-            path = pathlib.Path(folder, name)
-            shown = path.relative_to(disk).as_posix()
-            if not _NOT_LOOKED_AT.match(shown):
-                found[shown] = _content(path)
-    return found
+    return {shown: _content(entry) for shown, entry in disk.entries_below(prefix / "drive_c")
+            if not _NOT_LOOKED_AT.match(shown)}
 
 
-def _content(path: pathlib.Path) -> str:
-    if path.is_symlink():
-        return "-> " + os.readlink(path)
-    status = path.stat()
+def _content(entry: os.DirEntry[str]) -> str:
+    if entry.is_symlink():
+        return "-> " + os.readlink(entry.path)
+    status = entry.stat()
     if status.st_nlink > 1:
         return f"shared {status.st_ino} {status.st_size} {status.st_mtime_ns}"
-    return f"{status.st_size} {hashlib.sha1(path.read_bytes()).hexdigest()}"
+    return f"{status.st_size} {hashlib.sha1(pathlib.Path(entry.path).read_bytes()).hexdigest()}"

@@ -8,7 +8,7 @@ import pathlib
 import shutil
 import subprocess
 
-from . import host, layout, registry
+from . import disk, host, layout, registry
 
 # Changed when what goes into a template changes: an older template is then made anew.
 _MARK = "template 2"
@@ -59,13 +59,10 @@ def _manifest() -> dict[str, list[int]]:
     """{path: size and time} of the files that clones share."""
     own = tuple(f"{folder}/" for folder in _OWN_FOLDERS)
     found = {}
-    for folder, _, names in os.walk(layout.TEMPLATE):
-        for name in names:
-            path = pathlib.Path(folder, name)
-            shown = path.relative_to(layout.TEMPLATE).as_posix()
-            if shown not in _OWN_FILES and not shown.startswith(own):
-                status = path.lstat()
-                found[shown] = [status.st_size, status.st_mtime_ns]
+    for shown, entry in disk.entries_below(layout.TEMPLATE):
+        if shown not in _OWN_FILES and not shown.startswith(own):
+            status = entry.stat(follow_symlinks=False)
+            found[shown] = [status.st_size, status.st_mtime_ns]
     return found
 
 

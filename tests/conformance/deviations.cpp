@@ -12,7 +12,7 @@ using Deviations = std::vector<Deviation>;
 const Deviations OfMachine = {
     {"F14", "a switch of the machine: the documented answer unless told otherwise"},
     {"F35", "a switch of the machine: compatible drivers of any class unless told otherwise"},
-    {"N23", "the sandbox's profile files are read by Wine, which does not find it"},
+    {"N23", "the profile files are read by Wine, which does not find it"},
 };
 
 // What Wine does instead, with the gap filler or without it. The program relies on none of these,

@@ -1,7 +1,7 @@
 #include "machine/inf_text.h"
 
+#include "machine/files/disk.h"
 #include "machine/files/real_copies.h"
-#include "machine/files/sandbox.h"
 #include "machine/text.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "machine/machine.h"
 
+#include "machine/files/disk.h"
 #include "machine/files/real_copies.h"
-#include "machine/files/sandbox.h"
 #include "machine/guarded_memory.h"
 #include "machine/state.h"
 #include "machine/text.h"
@@ -65,7 +65,7 @@ Machine::Machine() : state_(std::make_unique<State>()) {
     if (TheMachine != nullptr) {
         throw std::logic_error("two machines at a time");
     }
-    MakeSandbox(*state_);
+    FurnishDisk(*state_);
     TheMachine = this;
     ResetProgramState();
     GuardMemory(true);
@@ -76,7 +76,6 @@ Machine::~Machine() {
     FailNothrowNew(0);
     EndThreads();
     TheMachine = nullptr;
-    RemoveSandbox(*state_);
 }
 
 void Machine::SetExecutable(const std::wstring& path) {

@@ -52,7 +52,7 @@ public:
     // Windows 7 x64, D:\Packet\Setup.exe, no devices, an INF store with usb.inf only. Resets the
     // program's process-wide state. One at a time, on the test's main thread.
     Machine();
-    // Ends the program's threads, removes the sandbox.
+    // Ends the program's threads.
     ~Machine();
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;

@@ -4,6 +4,7 @@
 #include "machine/files/file_tree.h"
 #include "machine/handles.h"
 #include "machine/machine.h"
+#include "machine/registry_tree.h"
 #include "machine/scheduler.h"
 
 #include <deque>
@@ -91,8 +92,8 @@ struct State {
     Variants Windows = Variants::FromEnvironment();
 
     FileTree Files;
-    std::wstring RegistryRoot; // below HKEY_CURRENT_USER
-    bool RegistryUsed = false;
+    OpenRegistryKey LocalMachine;
+    OpenRegistryKey CurrentUser;
     std::set<std::wstring> LockedFiles;
     std::map<std::wstring, WideTexts> ListingOrders;
 

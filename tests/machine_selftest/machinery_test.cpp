@@ -240,7 +240,7 @@ TEST_CASE("Listings are alphabetical, or as the test orders them") {
     CHECK(GetLastError() == ERROR_FILE_NOT_FOUND);
 }
 
-TEST_CASE("The program's registry lies in the sandbox") {
+TEST_CASE("The program's registry is not the real one") {
     Machine m;
     HKEY key = nullptr;
     CHECK(fake_RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Made", 0, nullptr, 0, KEY_SET_VALUE,

@@ -1,5 +1,5 @@
 // newdev.dll: installing drivers on devices.
-#include "machine/files/sandbox.h"
+#include "machine/files/disk.h"
 #include "machine/hooks/device_sets.h"
 #include "machine/hooks/inf_store.h"
 #include "machine/hooks/library_functions.h"

@@ -1,5 +1,5 @@
 // Driver lists of devices and their entries.
-#include "machine/files/sandbox.h"
+#include "machine/files/disk.h"
 #include "machine/hooks/device_sets.h"
 #include "machine/inf_text.h"
 

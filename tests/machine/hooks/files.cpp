@@ -1,6 +1,6 @@
 // Files, folders, and device interfaces opened as files.
 #include "machine/call.h"
-#include "machine/files/sandbox.h"
+#include "machine/files/disk.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
-// The INF parser: the system's own, on the sandbox's files.
+// The INF parser: the system's own, on copies of the machine's files.
 #include "machine/call.h"
+#include "machine/files/disk.h"
 #include "machine/files/real_copies.h"
-#include "machine/files/sandbox.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "machine/hooks/inf_store.h"
 
 #include "machine/call.h"
-#include "machine/files/sandbox.h"
+#include "machine/files/disk.h"
 #include "machine/hooks/library_functions.h"
 #include "machine/inf_text.h"
 

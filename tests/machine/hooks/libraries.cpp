@@ -1,6 +1,6 @@
 // Modules: the executable itself, and libraries that the program loads by name or path.
 #include "machine/call.h"
-#include "machine/files/sandbox.h"
+#include "machine/files/disk.h"
 #include "machine/hooks/library_functions.h"
 
 #include <algorithm>

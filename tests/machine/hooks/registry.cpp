@@ -1,7 +1,11 @@
-// The registry, real below a sandbox key. Like Windows, these functions report an error as their
-// result and leave the thread's last error alone.
+// The registry. Like Windows, these functions report an error as their result and leave the
+// thread's last error alone.
 #include "machine/call.h"
-#include "machine/files/sandbox.h"
+#include "machine/registry_tree.h"
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
 
 namespace {
 
@@ -17,31 +21,32 @@ std::string RootName(HKEY root) {
     return Named(root).Text;
 }
 
-// Where the key's sub-key really is: a real key and a path below it.
-struct RealKey {
-    HKEY Key = nullptr;
-    std::wstring Path;
-};
-
-RealKey RealKeyOf(State& state, HKEY root, LPCWSTR path) {
-    const std::wstring sub = path == nullptr ? L"" : path;
-    if (const std::wstring sandbox = RegistrySandbox(state, root); !sandbox.empty()) {
-        return {HKEY_CURRENT_USER, sub.empty() ? sandbox : sandbox + L"\\" + sub};
+// What the program's key leads to; null when it is none.
+const OpenRegistryKey* Behind(State& state, HKEY key) {
+    if (key == HKEY_LOCAL_MACHINE) {
+        return &state.LocalMachine;
     }
-    if (const OpenHandle* open = state.Handles.Find(root, Kind::Key); open != nullptr) {
-        return {static_cast<HKEY>(open->Real), sub};
+    if (key == HKEY_CURRENT_USER) {
+        return &state.CurrentUser;
     }
-    if (root != nullptr) {
-        Misuse(state, "registry key " + state.Handles.Name(root));
+    if (const OpenHandle* open = state.Handles.Find(key, Kind::Key); open != nullptr) {
+        return static_cast<const OpenRegistryKey*>(open->Object.get());
     }
-    return {};
+    if (key != nullptr) {
+        Misuse(state, "registry key " + state.Handles.Name(key));
+    }
+    return nullptr;
 }
 
-LSTATUS Opened(State& state, LSTATUS status, HKEY real, PHKEY result) {
-    if (status == ERROR_SUCCESS) {
-        *result = static_cast<HKEY>(state.Handles.Open(Kind::Key, real));
-    }
-    return status;
+// What a path that may be missing says.
+std::wstring_view TextOf(LPCWSTR path) {
+    return path == nullptr ? std::wstring_view{} : std::wstring_view{path};
+}
+
+HKEY OpenKey(State& state, std::shared_ptr<RegistryKey> key, REGSAM access) {
+    return static_cast<HKEY>(state.Handles.Open(
+        Kind::Key, nullptr,
+        std::make_shared<OpenRegistryKey>(OpenRegistryKey{std::move(key), access})));
 }
 
 LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD, LPWSTR, DWORD options,
@@ -51,40 +56,47 @@ LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD, LPWSTR, DWORD
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
-    const RealKey where = RealKeyOf(call.Inside(), root, path);
-    if (where.Key == nullptr) {
-        return ERROR_INVALID_HANDLE;
+    const OpenRegistryKey* key = Behind(call.Inside(), root);
+    if (key == nullptr || result == nullptr) {
+        return key == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
     }
-    HKEY real = nullptr;
-    const LSTATUS status = RegCreateKeyExW(where.Key, where.Path.c_str(), 0, nullptr, options,
-                                           access, nullptr, &real, disposition);
-    return Opened(call.Inside(), status, real, result);
+    std::shared_ptr<RegistryKey> made;
+    bool created = false;
+    const LSTATUS status = MakeKey(*key, TextOf(path), made, created);
+    if (status == ERROR_SUCCESS) {
+        *result = OpenKey(call.Inside(), made, access);
+    }
+    if (status == ERROR_SUCCESS && disposition != nullptr) {
+        *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    }
+    return status;
 }
 
-LSTATUS WINAPI HookRegOpenKeyExW(HKEY root, LPCWSTR path, DWORD options, REGSAM access,
-                                 PHKEY result) {
+LSTATUS WINAPI HookRegOpenKeyExW(HKEY root, LPCWSTR path, DWORD, REGSAM access, PHKEY result) {
     Call call("RegOpenKeyExW", Counting::Always, {RootName(root), path, Hex(access)});
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
-    const RealKey where = RealKeyOf(call.Inside(), root, path);
-    if (where.Key == nullptr) {
-        return ERROR_INVALID_HANDLE;
+    const OpenRegistryKey* key = Behind(call.Inside(), root);
+    if (key == nullptr || result == nullptr) {
+        return key == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
     }
-    HKEY real = nullptr;
-    const LSTATUS status = RegOpenKeyExW(where.Key, where.Path.c_str(), options, access, &real);
-    return Opened(call.Inside(), status, real, result);
+    std::shared_ptr<RegistryKey> found;
+    const LSTATUS status = FindKey(*key, TextOf(path), found);
+    if (status == ERROR_SUCCESS) {
+        *result = OpenKey(call.Inside(), found, access);
+    }
+    return status;
 }
 
-LSTATUS WINAPI HookRegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type,
-                                  const BYTE* data, DWORD size) {
+LSTATUS WINAPI HookRegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* data,
+                                  DWORD size) {
     Call call("RegSetValueExW", Counting::Always, {Named(key), name, type, size});
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
-    const RealKey where = RealKeyOf(call.Inside(), key, nullptr);
-    return where.Key == nullptr ? ERROR_INVALID_HANDLE
-                                : RegSetValueExW(where.Key, name, reserved, type, data, size);
+    const OpenRegistryKey* open = Behind(call.Inside(), key);
+    return open == nullptr ? ERROR_INVALID_HANDLE : SetValue(*open, name, type, data, size);
 }
 
 LSTATUS WINAPI HookRegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type,
@@ -93,9 +105,11 @@ LSTATUS WINAPI HookRegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LP
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
-    const RealKey where = RealKeyOf(call.Inside(), key, nullptr);
-    return where.Key == nullptr ? ERROR_INVALID_HANDLE
-                                : RegQueryValueExW(where.Key, name, reserved, type, data, size);
+    const OpenRegistryKey* open = Behind(call.Inside(), key);
+    if (open == nullptr || reserved != nullptr) {
+        return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
+    }
+    return ReadValue(*open, name, type, data, size);
 }
 
 LSTATUS WINAPI HookRegDeleteValueW(HKEY key, LPCWSTR name) {
@@ -103,8 +117,8 @@ LSTATUS WINAPI HookRegDeleteValueW(HKEY key, LPCWSTR name) {
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
-    const RealKey where = RealKeyOf(call.Inside(), key, nullptr);
-    return where.Key == nullptr ? ERROR_INVALID_HANDLE : RegDeleteValueW(where.Key, name);
+    const OpenRegistryKey* open = Behind(call.Inside(), key);
+    return open == nullptr ? ERROR_INVALID_HANDLE : DeleteValue(*open, name);
 }
 
 LSTATUS WINAPI HookRegDeleteKeyW(HKEY key, LPCWSTR path) {
@@ -115,9 +129,8 @@ LSTATUS WINAPI HookRegDeleteKeyW(HKEY key, LPCWSTR path) {
     if (path == nullptr) {
         return ERROR_INVALID_PARAMETER;
     }
-    const RealKey where = RealKeyOf(call.Inside(), key, path);
-    return where.Key == nullptr ? ERROR_INVALID_HANDLE
-                                : RegDeleteKeyW(where.Key, where.Path.c_str());
+    const OpenRegistryKey* open = Behind(call.Inside(), key);
+    return open == nullptr ? ERROR_INVALID_HANDLE : DeleteKey(*open, path);
 }
 
 LSTATUS WINAPI HookRegCloseKey(HKEY key) {
@@ -131,54 +144,61 @@ LSTATUS WINAPI HookRegCloseKey(HKEY key) {
         Misuse(state, "RegCloseKey on " + state.Handles.Name(key));
         return ERROR_INVALID_HANDLE;
     }
-    RegCloseKey(static_cast<HKEY>(open->Real));
     state.Handles.Close(key);
     return ERROR_SUCCESS;
 }
 
-// "HKEY_LOCAL_MACHINE\SOFTWARE\X" below HKEY_CURRENT_USER.
-std::wstring SandboxKey(const State& state, const std::wstring& key) {
-    return state.RegistryRoot + L"\\" + key;
-}
-
-class TestKey {
-public:
-    TestKey(const State& state, const std::wstring& key, bool create) {
-        const std::wstring path = SandboxKey(state, key);
-        if (create) {
-            RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                            &key_, nullptr);
-        } else {
-            RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key_);
-        }
-    }
-    ~TestKey() {
-        if (key_ != nullptr) {
-            RegCloseKey(key_);
-        }
-    }
-    TestKey(const TestKey&) = delete;
-    TestKey& operator=(const TestKey&) = delete;
-    [[nodiscard]] HKEY Get() const { return key_; }
-
-private:
-    HKEY key_ = nullptr;
+// A predefined key and a path below it: "HKEY_LOCAL_MACHINE\\SOFTWARE\\X".
+struct TestPath {
+    const OpenRegistryKey& Root;
+    std::wstring_view Path;
 };
 
+TestPath Split(const State& state, std::wstring_view key) {
+    const std::size_t end = std::min(key.find(L'\\'), key.size());
+    const std::wstring_view root = key.substr(0, end);
+    key.remove_prefix(std::min(end + 1, key.size()));
+    if (root == L"HKEY_LOCAL_MACHINE") {
+        return {state.LocalMachine, key};
+    }
+    if (root == L"HKEY_CURRENT_USER") {
+        return {state.CurrentUser, key};
+    }
+    throw std::runtime_error("no registry key " + Utf8(root));
+}
+
+// Null when there is no such key.
+std::shared_ptr<RegistryKey> KeyAt(const State& state, const std::wstring& key) {
+    const TestPath path = Split(state, key);
+    std::shared_ptr<RegistryKey> found;
+    FindKey(path.Root, path.Path, found);
+    return found;
+}
+
+std::shared_ptr<RegistryKey> KeyMadeAt(const State& state, const std::wstring& key) {
+    const TestPath path = Split(state, key);
+    std::shared_ptr<RegistryKey> made;
+    bool created = false;
+    if (MakeKey(path.Root, path.Path, made, created) != ERROR_SUCCESS) {
+        throw std::runtime_error("no registry key can be " + Utf8(key));
+    }
+    return made;
+}
+
 // Type and bytes; nothing when the value is absent.
-std::optional<std::pair<DWORD, std::string>> ReadValue(const State& state, const std::wstring& key,
-                                                       const std::wstring& name) {
-    const TestKey opened(state, key, false);
-    DWORD type = 0;
+std::optional<RegistryValue> ValueAt(const State& state, const std::wstring& key,
+                                     const std::wstring& name) {
+    const std::shared_ptr<RegistryKey> found = KeyAt(state, key);
+    RegistryValue value;
     DWORD size = 0;
-    if (opened.Get() == nullptr || RegQueryValueExW(opened.Get(), name.c_str(), nullptr, &type,
-                                                    nullptr, &size) != ERROR_SUCCESS) {
+    const OpenRegistryKey open{found};
+    if (found == nullptr ||
+        ReadValue(open, name.c_str(), &value.Type, nullptr, &size) != ERROR_SUCCESS) {
         return std::nullopt;
     }
-    std::string bytes(size, '\0');
-    RegQueryValueExW(opened.Get(), name.c_str(), nullptr, &type,
-                     reinterpret_cast<LPBYTE>(bytes.data()), &size);
-    return std::make_pair(type, bytes);
+    value.Bytes.resize(size);
+    ReadValue(open, name.c_str(), nullptr, reinterpret_cast<BYTE*>(value.Bytes.data()), &size);
+    return value;
 }
 
 } // namespace
@@ -188,19 +208,21 @@ namespace machine {
 void Machine::SetRegistryText(const std::wstring& key, const std::wstring& name,
                               const std::wstring& text) {
     const UnguardedScope unguarded;
-    const TestKey opened(*state_, key, true);
-    RegSetValueExW(opened.Get(), name.c_str(), 0, REG_SZ,
-                   reinterpret_cast<const BYTE*>(text.c_str()),
-                   static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    SetValue({KeyMadeAt(*state_, key)}, name.c_str(), REG_SZ,
+             reinterpret_cast<const BYTE*>(text.c_str()),
+             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
 void Machine::MakeRegistryKey(const std::wstring& key) {
-    const TestKey made(*state_, key, true);
+    const UnguardedScope unguarded;
+    KeyMadeAt(*state_, key);
 }
 bool Machine::RegistryKeyExists(const std::wstring& key) const {
-    return TestKey(*state_, key, false).Get() != nullptr;
+    const UnguardedScope unguarded;
+    return KeyAt(*state_, key) != nullptr;
 }
 bool Machine::RegistryValueExists(const std::wstring& key, const std::wstring& name) const {
-    return ReadValue(*state_, key, name).has_value();
+    const UnguardedScope unguarded;
+    return ValueAt(*state_, key, name).has_value();
 }
 std::wstring Machine::RegistryText(const std::wstring& key, const std::wstring& name) const {
     const UnguardedScope unguarded;
@@ -210,13 +232,12 @@ std::wstring Machine::RegistryText(const std::wstring& key, const std::wstring& 
     return text.substr(0, text.find(L'\0'));
 }
 DWORD Machine::RegistryType(const std::wstring& key, const std::wstring& name) const {
-    const auto value = ReadValue(*state_, key, name);
-    return value ? value->first : REG_NONE;
+    const UnguardedScope unguarded;
+    return ValueAt(*state_, key, name).value_or(RegistryValue{}).Type;
 }
 std::string Machine::RegistryBytes(const std::wstring& key, const std::wstring& name) const {
     const UnguardedScope unguarded;
-    const auto value = ReadValue(*state_, key, name);
-    return value ? value->second : std::string();
+    return ValueAt(*state_, key, name).value_or(RegistryValue{}).Bytes;
 }
 
 } // namespace machine

@@ -1,7 +1,7 @@
 // What the program reads its settings from: the kernel file's version resource and profile files.
 #include "machine/call.h"
+#include "machine/files/disk.h"
 #include "machine/files/real_copies.h"
-#include "machine/files/sandbox.h"
 #include "machine/hooks/library_functions.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "machine/files/sandbox.h"
+#include "machine/files/disk.h"
 
 #include "machine/files/real_copies.h"
 #include "machine/guarded_memory.h"
@@ -9,12 +9,9 @@
 
 namespace machine {
 
-void MakeSandbox(State& state) {
+void FurnishDisk(State& state) {
     const UnguardedScope unguarded;
-    static int serial = 0;
     LimitRealCopies();
-    state.RegistryRoot = L"Software\\SetupTests\\st" + std::to_wstring(GetCurrentProcessId()) +
-                         L"-" + std::to_wstring(++serial);
     state.Files.MakeFolders(L"C:\\Windows\\INF");
     state.Files.MakeFolders(L"C:\\Windows\\System32\\drivers");
     state.Files.MakeFolders(L"D:\\Packet");
@@ -24,12 +21,6 @@ void MakeSandbox(State& state) {
     // Nobody is to choose these drivers: they are found by their IDs.
     usb.MoreText = L"[ControlFlags]\r\nExcludeFromSelect=*\r\n";
     WriteText(state, L"C:\\Windows\\INF\\usb.inf", usb.Text());
-}
-
-void RemoveSandbox(State& state) {
-    if (state.RegistryUsed) {
-        DeleteRegistryTree(HKEY_CURRENT_USER, state.RegistryRoot);
-    }
 }
 
 void WriteBytes(State& state, const std::wstring& path, std::string_view bytes) {
@@ -70,32 +61,6 @@ void RemoveFile(State& state, const std::wstring& path) {
 
 bool IsLocked(const State& state, const std::wstring& path) {
     return state.LockedFiles.contains(Lower(path));
-}
-
-std::wstring RegistrySandbox(State& state, HKEY key) {
-    state.RegistryUsed = true;
-    if (key == HKEY_LOCAL_MACHINE) {
-        return state.RegistryRoot + L"\\HKEY_LOCAL_MACHINE";
-    }
-    if (key == HKEY_CURRENT_USER) {
-        return state.RegistryRoot + L"\\HKEY_CURRENT_USER";
-    }
-    return {};
-}
-
-bool DeleteRegistryTree(HKEY root, const std::wstring& path) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
-        return true;
-    }
-    std::array<wchar_t, 256> name{};
-    while (RegEnumKeyW(key, 0, name.data(), static_cast<DWORD>(name.size())) == ERROR_SUCCESS) {
-        if (!DeleteRegistryTree(key, name.data())) {
-            break;
-        }
-    }
-    RegCloseKey(key);
-    return RegDeleteKeyW(root, path.c_str()) == ERROR_SUCCESS;
 }
 
 } // namespace machine

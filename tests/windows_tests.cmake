@@ -18,8 +18,6 @@ endfunction()
 file(GLOB_RECURSE machine_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/machine/*.cpp)
 add_library(setup_machine STATIC ${machine_sources})
 setup_tests_options(setup_machine)
-# The long tests make thousands of machines each, and compute mostly here.
-target_compile_options(setup_machine PRIVATE -O2)
 # Most of a compilation's time goes into the large headers that all of these read. An include that is
 # missing shows with -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON.
 target_precompile_headers(setup_machine PRIVATE machine/state.h <algorithm> <array>)

@@ -2,6 +2,7 @@
 #include "common/run_state.h"
 #include "support/doctest_support.h"
 #include "support/torture.h"
+#include "torture/closing.h"
 
 using namespace machine;
 
@@ -23,35 +24,12 @@ void Describe(Machine& m, const wchar_t* mode) {
     m.AddDevice(Device{.InstanceId = Modem + L"\\1", .Class = L"USB"});
 }
 
-// A staging worker that cannot open or release a semaphore, or whose message is lost, is waited for
-// without limit: known, and kept.
-const std::set<std::string> WorkerSignals{"OpenSemaphoreW", "ReleaseSemaphore",
-                                          "PostThreadMessageW"};
-
-// A staging thread that nobody waits for any more may still write its line after the closing one.
-Lines WithoutLateThreads(Lines log) {
-    while (!log.empty() && log.back().starts_with("PreInstallW")) {
-        log.pop_back();
-    }
-    return log;
-}
-
-// The exit code, the closing line and the rollback tell the same.
-void CheckRun(const Machine& m, int result) {
-    const Lines log = WithoutLateThreads(m.Log());
-    REQUIRE_FALSE(log.empty());
-    const bool complete = log.back().starts_with("Setup: Setup process complete, total ");
-    CHECK(complete == (result == 1));
-    CHECK((log.back() == "Setup: Setup process fail,see more detail in log file") == !complete);
-    CHECK_FALSE((complete && m.Logged("Setup: Setup process fail,begin rollback...")));
-}
-
 Scenario InstallScenario(const char* name, const wchar_t* mode) {
     return {.Name = name,
             .Describe = [mode](Machine& m) { Describe(m, mode); },
             .Run = [] { return Start(L"-i"); },
-            .Check = CheckRun,
-            .MayWaitForEver = WorkerSignals};
+            .Check = torture::CheckClosing,
+            .MayWaitForEver = torture::WorkerSignals()};
 }
 
 } // namespace
@@ -79,5 +57,5 @@ TEST_CASE("An uninstall run survives every failing call") {
                           m.WriteText(L"D:\\Packet\\WIN7\\modem.sys", L"driver");
                       },
                   .Run = [] { return Start(L"-u"); },
-                  .Check = CheckRun});
+                  .Check = torture::CheckClosing});
 }

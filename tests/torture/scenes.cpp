@@ -5,6 +5,7 @@
 #include "machine/text.h"
 #include "setup/run_program.h"
 #include "support/doctest_support.h"
+#include "torture/closing.h"
 
 #include <algorithm>
 #include <array>
@@ -122,32 +123,6 @@ void CheckUninstalled(const Machine& m, int result) {
     CHECK_FALSE(m.Exists(Driver));
 }
 
-// A staging thread that nobody waits for any more may still write its line after the closing one.
-Lines WithoutLateThreads(Lines log) {
-    while (!log.empty() && log.back().starts_with("PreInstallW")) {
-        log.pop_back();
-    }
-    return log;
-}
-
-// The exit code, the closing line and the rollback tell the same.
-void CheckClosing(const Machine& m, int result) {
-    Lines log = WithoutLateThreads(m.Log());
-    if (!log.empty() && log.back().starts_with("CHookHelper: ")) {
-        log.pop_back();
-    }
-    REQUIRE_FALSE(log.empty());
-    const bool complete = log.back().starts_with("Setup: Setup process complete, total ");
-    CHECK(complete == (result == 1));
-    CHECK((log.back() == "Setup: Setup process fail,see more detail in log file") == !complete);
-    CHECK_FALSE((complete && m.Logged("Setup: Setup process fail,begin rollback...")));
-}
-
-// A staging worker that cannot open or release a semaphore, or whose message is lost, is waited for
-// without limit: known, and kept.
-const std::set<std::string> WorkerSignals{"OpenSemaphoreW", "ReleaseSemaphore",
-                                          "PostThreadMessageW"};
-
 } // namespace
 
 Scenario Staging(const std::string& name, const std::wstring& install) {
@@ -167,7 +142,7 @@ Scenario Staging(const std::string& name, const std::wstring& install) {
                     CheckClosing(m, result);
                     CheckStaged(m, result);
                 },
-            .MayWaitForEver = WorkerSignals};
+            .MayWaitForEver = WorkerSignals()};
 }
 
 Scenario DirectInstall() {
@@ -233,7 +208,7 @@ Scenario StagingAlone(int mode) {
                 },
             .Run = [] { return PreInstall() ? 1 : 0; },
             .Check = CheckStaged,
-            .MayWaitForEver = WorkerSignals};
+            .MayWaitForEver = WorkerSignals()};
 }
 
 } // namespace torture

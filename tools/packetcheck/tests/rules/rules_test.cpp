@@ -34,7 +34,7 @@ class Checker {
 public:
     std::vector<std::string> RulesFound(Files files) {
         modem_.Fill({{"x.modem", files.at("modem")}});
-        const bool withModem = files.at("modem") != GoodPacket().at("modem");
+        const bool withModem = files.at("modem") != usualModem_;
         files.erase("modem");
         folder_.Fill(files);
         rules::Packet packet =
@@ -53,6 +53,7 @@ public:
 private:
     ScratchFolder folder_{L"packet"};
     ScratchFolder modem_{L"modem"};
+    std::string usualModem_ = GoodPacket().at("modem");
 };
 
 bool Holds(const std::vector<std::string>& found, const std::string& rule) {

@@ -48,13 +48,17 @@ ScratchFolder::~ScratchFolder() {
 }
 
 void ScratchFolder::Fill(const std::map<std::string, std::string>& files) {
+    bool removed = false;
     for (const auto& [name, bytes] : files_) {
         if (!files.contains(name)) {
             std::filesystem::remove(path_ + L"\\" + Wide(name));
+            removed = true;
         }
     }
-    RemoveEmptyFolders(path_);
-    std::filesystem::create_directory(path_);
+    if (removed) {
+        RemoveEmptyFolders(path_);
+        std::filesystem::create_directory(path_);
+    }
     for (const auto& [name, bytes] : files) {
         const auto before = files_.find(name);
         if (before == files_.end() || before->second != bytes) {

@@ -35,7 +35,10 @@ void LimitRun(Machine& m, const Scenario& scenario) {
     if (scenario.CountSettings) {
         m.CountSettingsToo();
     }
-    scenario.Describe(m);
+    {
+        const UnguardedScope unguarded;
+        scenario.Describe(m);
+    }
     GuardOneIn(GuardedBlocks);
 }
 

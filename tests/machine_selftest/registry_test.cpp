@@ -81,3 +81,19 @@ TEST_CASE("A key's path is refused when it begins with a backslash or a name is 
     CHECK_FALSE(m.RegistryKeyExists(L"HKEY_CURRENT_USER\\X"));
     CHECK(fake_RegDeleteKeyW(HKEY_CURRENT_USER, L"") == ERROR_ACCESS_DENIED);
 }
+
+TEST_CASE("What is reserved must be zero") {
+    Machine m;
+    HKEY key = nullptr;
+    CHECK(fake_RegOpenKeyExW(HKEY_CURRENT_USER, L"", 1, KEY_READ, &key) == ERROR_INVALID_PARAMETER);
+    CHECK(fake_RegCreateKeyExW(HKEY_CURRENT_USER, L"X", 1, nullptr, 0, KEY_READ, nullptr, &key,
+                               nullptr) == ERROR_INVALID_PARAMETER);
+    CHECK(key == nullptr);
+    const DWORD value = 5;
+    CHECK(fake_RegSetValueExW(HKEY_CURRENT_USER, L"a", 1, REG_DWORD,
+                              reinterpret_cast<const BYTE*>(&value),
+                              sizeof(value)) == ERROR_INVALID_PARAMETER);
+    DWORD reserved = 0;
+    CHECK(fake_RegQueryValueExW(HKEY_CURRENT_USER, L"a", &reserved, nullptr, nullptr, nullptr) ==
+          ERROR_INVALID_PARAMETER);
+}

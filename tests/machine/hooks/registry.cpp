@@ -49,7 +49,7 @@ HKEY OpenKey(State& state, std::shared_ptr<RegistryKey> key, REGSAM access) {
         std::make_shared<OpenRegistryKey>(OpenRegistryKey{std::move(key), access})));
 }
 
-LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD, LPWSTR, DWORD options,
+LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD reserved, LPWSTR, DWORD options,
                                    REGSAM access, LPSECURITY_ATTRIBUTES, PHKEY result,
                                    LPDWORD disposition) {
     Call call("RegCreateKeyExW", Counting::Always, {RootName(root), path, options, Hex(access)});
@@ -57,7 +57,7 @@ LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD, LPWSTR, DWORD
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* key = Behind(call.Inside(), root);
-    if (key == nullptr || result == nullptr) {
+    if (key == nullptr || result == nullptr || reserved != 0) {
         return key == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
     }
     std::shared_ptr<RegistryKey> made;
@@ -72,13 +72,14 @@ LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD, LPWSTR, DWORD
     return status;
 }
 
-LSTATUS WINAPI HookRegOpenKeyExW(HKEY root, LPCWSTR path, DWORD, REGSAM access, PHKEY result) {
+LSTATUS WINAPI HookRegOpenKeyExW(HKEY root, LPCWSTR path, DWORD options, REGSAM access,
+                                 PHKEY result) {
     Call call("RegOpenKeyExW", Counting::Always, {RootName(root), path, Hex(access)});
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* key = Behind(call.Inside(), root);
-    if (key == nullptr || result == nullptr) {
+    if (key == nullptr || result == nullptr || options != 0) {
         return key == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
     }
     std::shared_ptr<RegistryKey> found;
@@ -89,14 +90,17 @@ LSTATUS WINAPI HookRegOpenKeyExW(HKEY root, LPCWSTR path, DWORD, REGSAM access, 
     return status;
 }
 
-LSTATUS WINAPI HookRegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* data,
-                                  DWORD size) {
+LSTATUS WINAPI HookRegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type,
+                                  const BYTE* data, DWORD size) {
     Call call("RegSetValueExW", Counting::Always, {Named(key), name, type, size});
     if (call.Fails()) {
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* open = Behind(call.Inside(), key);
-    return open == nullptr ? ERROR_INVALID_HANDLE : SetValue(*open, name, type, data, size);
+    if (open == nullptr || reserved != 0) {
+        return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
+    }
+    return SetValue(*open, name, type, data, size);
 }
 
 LSTATUS WINAPI HookRegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type,

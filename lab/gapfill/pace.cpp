@@ -1,22 +1,24 @@
 #include "pace.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace {
 
-DWORD Pace() {
-    wchar_t text[8];
+double Pace() {
+    wchar_t text[8] = {};
     const DWORD length = GetEnvironmentVariableW(L"GAPFILL_PACE", text, 8);
-    const unsigned long pace = length < 8 ? std::wcstoul(text, nullptr, 10) : 0;
-    return pace == 0 ? 1 : pace;
+    const double pace = length < 8 ? std::wcstod(text, nullptr) : 0;
+    return pace > 0 ? pace : 1;
 }
 
 DWORD Paced(DWORD milliseconds) {
-    static const DWORD pace = Pace();
+    static const double pace = Pace();
     if (milliseconds == INFINITE || milliseconds == 0) {
         return milliseconds;
     }
-    return milliseconds < pace ? 1 : milliseconds / pace;
+    constexpr DWORD Longest = INFINITE - 1;
+    return static_cast<DWORD>(std::clamp<double>(milliseconds / pace, 1, Longest));
 }
 
 } // namespace

@@ -64,12 +64,14 @@ def picture_in(language: str, resolution: int) -> Look:
         on.seed("[HKEY_CURRENT_USER\\Software\\Omdrel]\n" f'"Language"="{language}"\n'
                 f'[{SCREEN}]\n"LogPixels"=dword:{resolution:08x}\n')
         picture = on.folder / "window.png"
+        # So the last text stays for ten seconds, in which even a busy host takes a picture of it.
+        on.variables["GAPFILL_PACE"] = "0.2"
 
         def shoot(_: Machine, process: subprocess.Popen) -> None:
             host.wait_until(lambda: "Setup process complete" in on.log()
                             or process.poll() is not None, 30)
+            # The window is drawn a little later.
             host.wait_until(lambda: process.poll() is not None, 1)
-            # On a busy host the window is drawn late.
             host.wait_until(lambda: shows_text(on, picture) or process.poll() is not None, 10)
 
         lines = _scenario.run(on, "-i", 1, during=shoot)

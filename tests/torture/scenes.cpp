@@ -139,7 +139,7 @@ Scenario Staging(const std::string& name, const std::wstring& install) {
             .Run = [] { return RunProgram(L"-i"); },
             .Check =
                 [](const Machine& m, int result) {
-                    CheckClosing(m, result);
+                    CheckClosingAndHook(m, result);
                     CheckStaged(m, result);
                 },
             .MayWaitForEver = WorkerSignals()};
@@ -168,7 +168,7 @@ Scenario DirectInstall() {
             .Run = [] { return RunProgram(L"-i"); },
             .Check =
                 [](const Machine& m, int result) {
-                    CheckClosing(m, result);
+                    CheckClosingAndHook(m, result);
                     CheckInstalled(m, result);
                 }};
 }
@@ -192,7 +192,7 @@ Scenario Uninstall() {
             .Run = [] { return RunProgram(L"-u"); },
             .Check =
                 [](const Machine& m, int result) {
-                    CheckClosing(m, result);
+                    CheckClosingAndHook(m, result);
                     CheckUninstalled(m, result);
                 }};
 }

@@ -1,5 +1,7 @@
 #include "machine/registry_tree.h"
 
+#include "machine/text.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -8,12 +10,6 @@ namespace machine {
 namespace {
 
 constexpr std::size_t LongestName = 255;
-
-std::wstring Folded(std::wstring_view text) {
-    std::wstring folded(text);
-    CharLowerBuffW(folded.data(), static_cast<DWORD>(folded.size()));
-    return folded;
-}
 
 std::wstring ValueName(const wchar_t* name) {
     return Folded(name == nullptr ? L"" : name);

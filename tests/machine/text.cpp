@@ -54,6 +54,13 @@ std::wstring Upper(std::wstring_view text) {
     return result;
 }
 
+std::wstring Folded(std::wstring_view text) {
+    const UnguardedScope unguarded;
+    std::wstring result(text);
+    CharLowerBuffW(result.data(), static_cast<DWORD>(result.size()));
+    return result;
+}
+
 bool SameText(std::wstring_view left, std::wstring_view right) {
     return std::ranges::equal(left, right, {}, LowerOf, LowerOf);
 }

@@ -12,6 +12,7 @@ std::string Utf8(std::wstring_view text);
 std::wstring Wide(std::string_view utf8);
 std::wstring Lower(std::wstring_view text);
 std::wstring Upper(std::wstring_view text);
+std::wstring Folded(std::wstring_view text); // as Windows compares names: also beyond ASCII
 bool SameText(std::wstring_view left, std::wstring_view right);
 bool StartsWith(std::wstring_view text, std::wstring_view start);
 std::string HexText(unsigned long long value); // "0x1F"

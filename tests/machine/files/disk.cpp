@@ -4,7 +4,6 @@
 #include "machine/guarded_memory.h"
 #include "machine/text.h"
 
-#include <array>
 #include <stdexcept>
 
 namespace machine {

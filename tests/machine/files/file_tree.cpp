@@ -48,11 +48,6 @@ std::wstring Joined(const std::vector<std::wstring>& parts) {
     return path;
 }
 
-std::wstring Folded(std::wstring text) {
-    CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
-    return text;
-}
-
 bool IsName(std::wstring_view part) {
     return part.size() <= LongestPart && part.find_first_of(L"<>:\"|?*") == std::wstring_view::npos;
 }

@@ -38,6 +38,14 @@ const OpenRegistryKey* Behind(State& state, HKEY key) {
     return nullptr;
 }
 
+// The first thing that Windows finds wrong; ERROR_SUCCESS when nothing is.
+LSTATUS Refusal(const OpenRegistryKey* key, bool argumentsFit) {
+    if (key == nullptr) {
+        return ERROR_INVALID_HANDLE;
+    }
+    return argumentsFit ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+}
+
 // What a path that may be missing says.
 std::wstring_view TextOf(LPCWSTR path) {
     return path == nullptr ? std::wstring_view{} : std::wstring_view{path};
@@ -57,8 +65,9 @@ LSTATUS WINAPI HookRegCreateKeyExW(HKEY root, LPCWSTR path, DWORD reserved, LPWS
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* key = Behind(call.Inside(), root);
-    if (key == nullptr || result == nullptr || reserved != 0) {
-        return key == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
+    if (const LSTATUS wrong = Refusal(key, result != nullptr && reserved == 0);
+        wrong != ERROR_SUCCESS) {
+        return wrong;
     }
     std::shared_ptr<RegistryKey> made;
     bool created = false;
@@ -79,8 +88,9 @@ LSTATUS WINAPI HookRegOpenKeyExW(HKEY root, LPCWSTR path, DWORD options, REGSAM 
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* key = Behind(call.Inside(), root);
-    if (key == nullptr || result == nullptr || options != 0) {
-        return key == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
+    if (const LSTATUS wrong = Refusal(key, result != nullptr && options == 0);
+        wrong != ERROR_SUCCESS) {
+        return wrong;
     }
     std::shared_ptr<RegistryKey> found;
     const LSTATUS status = FindKey(*key, TextOf(path), found);
@@ -97,8 +107,8 @@ LSTATUS WINAPI HookRegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD 
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* open = Behind(call.Inside(), key);
-    if (open == nullptr || reserved != 0) {
-        return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
+    if (const LSTATUS wrong = Refusal(open, reserved == 0); wrong != ERROR_SUCCESS) {
+        return wrong;
     }
     return SetValue(*open, name, type, data, size);
 }
@@ -110,8 +120,8 @@ LSTATUS WINAPI HookRegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LP
         return static_cast<LSTATUS>(call.Fault());
     }
     const OpenRegistryKey* open = Behind(call.Inside(), key);
-    if (open == nullptr || reserved != nullptr) {
-        return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER;
+    if (const LSTATUS wrong = Refusal(open, reserved == nullptr); wrong != ERROR_SUCCESS) {
+        return wrong;
     }
     return ReadValue(*open, name, type, data, size);
 }

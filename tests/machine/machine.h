@@ -1,9 +1,9 @@
 // The simulated Windows that the program's calls arrive at while a Machine lives. A test describes
 // it in a few lines, runs the program's own functions, and asks what happened.
 //
-// What is simulated: files, devices and their drivers, the INF store, services, the clock, threads'
-// waiting and messages, windows, the maker's two libraries. What stays real: the reading of profile
-// files and INFs (on real copies), the registry (below a key of the test's own), thread objects.
+// What is simulated: files, the registry, devices and their drivers, the INF store, services, the
+// clock, threads' waiting and messages, windows, the maker's two libraries. What stays real: the
+// reading of profile files and INFs (on real copies), thread objects.
 //
 // Texts that go into the machine are wide, as Windows has them; the journal is UTF-8.
 #pragma once

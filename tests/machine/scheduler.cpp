@@ -23,34 +23,28 @@ Scheduler::Scheduler() {
     auto main = std::make_shared<Thread>();
     main->Id = MainThread;
     main->RealId = GetCurrentThreadId();
-    main->Turn = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     main->Now = Thread::Phase::Running;
     threads_.push_back(std::move(main));
 }
 
 Scheduler::~Scheduler() {
+    // All of them before the first thread goes: the last to end has passed the turn on.
     for (const auto& thread : threads_) {
-        CloseHandle(thread->Turn);
-        if (thread->Real != nullptr) {
-            WaitForSingleObject(thread->Real, 10'000);
-            CloseHandle(thread->Real);
-        }
+        thread->Real.reset();
     }
 }
 
 std::shared_ptr<Thread> Scheduler::Start(LPTHREAD_START_ROUTINE entry, void* parameter) {
     auto thread = std::make_shared<Thread>();
     thread->Id = MainThread + 4 * static_cast<DWORD>(threads_.size());
-    thread->Owner = this;
     thread->Entry = entry;
     thread->Parameter = parameter;
     thread->Since = ++sequence_;
-    thread->Turn = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    thread->Real = CreateThread(nullptr, 0, &Run, thread.get(), 0, &thread->RealId);
+    thread->Real = StartRealThread([this, started = thread.get()] { Run(*started); });
     if (thread->Real == nullptr) {
-        CloseHandle(thread->Turn);
         return nullptr;
     }
+    thread->RealId = thread->Real->Id;
     threads_.push_back(thread);
     return thread;
 }
@@ -79,14 +73,11 @@ Thread* Scheduler::Find(DWORD id) {
     return nullptr;
 }
 
-DWORD WINAPI Scheduler::Run(void* thread) {
-    auto* self = static_cast<Thread*>(thread);
-    WaitForSingleObject(self->Turn, INFINITE);
-    Scheduler& scheduler = *self->Owner;
-    scheduler.RunEntry(*self);
-    self->Now = Thread::Phase::Ended;
-    SetEvent(scheduler.Next()->Turn);
-    return 0;
+void Scheduler::Run(Thread& thread) {
+    thread.MayRun.Await();
+    RunEntry(thread);
+    thread.Now = Thread::Phase::Ended;
+    Next()->MayRun.Give();
 }
 
 void Scheduler::RunEntry(Thread& thread) {
@@ -146,8 +137,8 @@ void Scheduler::Sleep(const std::string& what, std::uint32_t milliseconds) {
 void Scheduler::PassTurn(Thread& from) {
     Thread* next = Next();
     if (next != &from) {
-        SetEvent(next->Turn);
-        WaitForSingleObject(from.Turn, INFINITE);
+        next->MayRun.Give();
+        from.MayRun.Await();
     }
     from.Now = Thread::Phase::Running;
 }

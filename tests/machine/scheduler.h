@@ -3,6 +3,8 @@
 // what a test sees does not depend on the machine that runs it.
 #pragma once
 
+#include "machine/real_threads.h"
+#include "machine/turn.h"
 #include "platform/platform.h"
 
 #include <cstdint>
@@ -19,16 +21,13 @@ namespace machine {
 // Ends a thread of the program where it waits.
 struct ThreadAbandoned {};
 
-class Scheduler;
-
 struct Thread {
     enum class Phase { Ready, Running, Waiting, Ended };
 
-    Scheduler* Owner = nullptr;
-    DWORD Id = 0;     // as the program sees it
-    DWORD RealId = 0; // as the system sees it
-    HANDLE Real = nullptr;
-    HANDLE Turn = nullptr; // signalled when the thread may run
+    DWORD Id = 0;         // as the program sees it
+    DWORD RealId = 0;     // as the system sees it
+    RealThreadOwner Real; // null for the main thread
+    Turn MayRun;
     LPTHREAD_START_ROUTINE Entry = nullptr;
     void* Parameter = nullptr;
 
@@ -85,7 +84,7 @@ public:
     std::optional<DWORD> EndedWith;
 
 private:
-    static DWORD WINAPI Run(void* thread);
+    void Run(Thread& thread);
     void RunEntry(Thread& thread);
     // Picks who goes on, moving the clock when nobody can; never null.
     Thread* Next();

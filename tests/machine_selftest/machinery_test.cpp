@@ -38,6 +38,12 @@ DWORD WINAPI ReleaseAndPost(void* semaphore) {
     return 1;
 }
 
+DWORD WINAPI TellAndFail(void* lastError) {
+    *static_cast<DWORD*>(lastError) = GetLastError();
+    SetLastError(ERROR_ACCESS_DENIED);
+    return 0;
+}
+
 } // namespace
 
 TEST_CASE("The k-th call of a function fails in its own way, and only that one") {
@@ -136,6 +142,17 @@ TEST_CASE("A call may fail without a reason: what the last error was, it stays")
     SetLastError(ERROR_INSUFFICIENT_BUFFER);
     CHECK(fake_DeleteFileW(L"C:\\a.txt") == FALSE);
     CHECK(GetLastError() == ERROR_INSUFFICIENT_BUFFER);
+}
+
+TEST_CASE("A thread begins without a last error, whatever the one before it ended with") {
+    for (int round = 1; round <= 2; ++round) {
+        Machine m;
+        DWORD seen = ERROR_INVALID_DATA;
+        HANDLE thread = fake_CreateThread(nullptr, 0, &TellAndFail, &seen, 0, nullptr);
+        CHECK(fake_WaitForSingleObject(thread, INFINITE) == WAIT_OBJECT_0);
+        CHECK(seen == ERROR_SUCCESS);
+        fake_CloseHandle(thread);
+    }
 }
 
 TEST_CASE("A seed gives an order of the threads, the same one each time") {

@@ -92,6 +92,8 @@ if(TARGET setup_tests_checked)
     # This copy of the file comes before the one in the machine's library, which then stays out.
     target_sources(setup_tests_checked PRIVATE machine/guarded_memory.cpp)
     target_compile_definitions(setup_tests_checked PRIVATE GUARD_MEMORY)
+    # Every allocation goes through it.
+    set_source_files_properties(machine/guarded_memory.cpp PROPERTIES COMPILE_OPTIONS -Os)
 endif()
 
 # Started by the test of what it is linked with.

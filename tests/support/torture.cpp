@@ -130,6 +130,7 @@ Outcome RunWith(const Scenario& scenario, const Misfortune& misfortune) {
     misfortune.Befall(m);
     const Ending ending = RunToItsEnd(m, scenario);
     m.EndThreads();
+    const UnguardedScope unguarded;
     INFO(scenario.Name, ", ", misfortune.Name, "; failed: ", m.FailedCalls());
     CHECK(ending.Problem == "");
     CHECK(m.LeakSummary() == "");
@@ -149,6 +150,7 @@ int CountCalls(const Scenario& scenario) {
     LimitRun(m, scenario);
     const Ending ending = RunToItsEnd(m, scenario);
     m.EndThreads();
+    const UnguardedScope unguarded;
     INFO(scenario.Name, " unharmed, log: ", m.Log());
     CHECK(ending.Problem == "");
     REQUIRE(ending.Result);

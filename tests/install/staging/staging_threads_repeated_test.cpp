@@ -1,5 +1,6 @@
 // The staging threads in 200 orders each: the same result every time, and nothing left open.
 #include "install/staging/staging_packet.h"
+#include "machine/guarded_memory.h"
 #include "support/doctest_support.h"
 
 #include <set>
@@ -18,6 +19,7 @@ void Repeat(int infs, std::wstring_view ini, Prepare prepare, Check check) {
     for (unsigned seed = 1; seed <= Rounds; ++seed) {
         CAPTURE(seed);
         Machine m;
+        GuardOneIn(7);
         AddPacket(m, infs, ini);
         InstallModeValue = 0;
         prepare(m);
@@ -25,6 +27,7 @@ void Repeat(int infs, std::wstring_view ini, Prepare prepare, Check check) {
         const bool staged = PreInstall();
         m.ReleaseHungCopies();
         m.LetThreadsFinish();
+        const UnguardedScope unguarded;
         check(m, staged);
         CHECK(m.RunningThreads() == 0);
         CHECK(m.LeakSummary() == "");

@@ -32,13 +32,12 @@ function(add_entry suffix room part)
              COMMAND ${launcher} $<TARGET_FILE:setup_tests${suffix}> --no-intro=true ${ARGN})
     # Far more than it takes: the machine may be busy with others.
     set_tests_properties(${name} PROPERTIES TIMEOUT 1200 ENVIRONMENT SETUP_TEST_TIMEOUT=1190)
-    if(NOT room STREQUAL "companions")
-        # It computes all the time; an entry of the lab, which mostly waits, takes one.
-        set_tests_properties(${name} PROPERTIES PROCESSORS 3)
-    endif()
     if(room STREQUAL "companions")
         # The log library writes real files beside the real executable, which the entries share.
-        set_property(TEST ${name} PROPERTY RESOURCE_LOCK "log of ${tree}")
+        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "log of ${tree}")
+    else()
+        # It computes all the time; an entry of the lab, which mostly waits, takes one.
+        set_tests_properties(${name} PROPERTIES PROCESSORS 3)
     endif()
     if(part)
         # The long ones start first.

@@ -11,7 +11,7 @@ import subprocess
 from . import disk, host, layout, registry
 
 # Changed when what goes into a template changes: an older template is then made anew.
-_MARK = "template 2"
+_MARK = "template 3"
 
 # Wine and the runs rewrite these in place, so a clone needs copies of its own instead of links.
 _OWN_FILES = ("system.reg", "user.reg", "userdef.reg", ".update-timestamp", "wineserver")
@@ -31,6 +31,9 @@ _SETTINGS = """
 "Start"=dword:00000004
 [HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\Eventlog]
 "Start"=dword:00000004
+[-HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Enum\\ROOT\\WINE]
+[-HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Enum\\WINEBUS]
+[-HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Enum\\HID]
 [HKEY_CURRENT_USER\\Software\\Wine\\Drivers]
 "Graphics"="null"
 [HKEY_CURRENT_USER\\Software\\Wine\\X11 Driver]

@@ -69,6 +69,7 @@ class Machine:
         self._on = False
         self._wants_screen = wants_screen
         self._screen: screen.Screen | None = None
+        self._before: Snapshot | None = None
 
     # Making and ending
 
@@ -192,12 +193,15 @@ class Machine:
         """Keeps what the machine is now as what it was before the first run. Turns it off."""
         now = self.snapshot()
         now.save(self.folder / _BEFORE)
+        self._before = now
         return now
 
     def remembered(self) -> Snapshot | None:
         """What the machine was before the first run, if that was kept."""
         path = self.folder / _BEFORE
-        return Snapshot.load(path) if path.exists() else None
+        if self._before is None and path.exists():
+            self._before = Snapshot.load(path)
+        return self._before
 
     # Running
 

@@ -6,6 +6,7 @@ import json
 import os
 import pathlib
 import re
+from collections.abc import Iterator
 
 from . import disk, registry
 
@@ -46,8 +47,17 @@ class Snapshot:
 def stored_files(prefix: pathlib.Path) -> dict[str, str]:
     """All files of the machine's disk. A file that the machine shares with the template is known by
     its place on the host's disk; only a file of its own is read."""
-    return {shown: _content(entry) for shown, entry in disk.entries_below(prefix / "drive_c")
-            if not _NOT_LOOKED_AT.match(shown)}
+    return {shown: _content(entry) for shown, entry in _entries(prefix)}
+
+
+def stored_names(prefix: pathlib.Path) -> set[str]:
+    """The names of the same files."""
+    return {shown for shown, _ in _entries(prefix)}
+
+
+def _entries(prefix: pathlib.Path) -> Iterator[disk.Found]:
+    return (found for found in disk.entries_below(prefix / "drive_c")
+            if not _NOT_LOOKED_AT.match(found[0]))
 
 
 def _content(entry: os.DirEntry[str]) -> str:

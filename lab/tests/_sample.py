@@ -14,7 +14,12 @@ DRIVER_FILES = {"ompmodem.sys", "ompserial.sys", "ompnet.sys", "ompfilter.sys"}
 
 def functions(on: Machine, present: bool = True) -> dict[str, Node]:
     """{"MI_00": node...} of the composite modem's functions."""
-    return {match.group(1): node for node in on.nodes()
+    return functions_among(on.nodes(), present)
+
+
+def functions_among(found: list[Node], present: bool = True) -> dict[str, Node]:
+    """The same, of nodes that were read already."""
+    return {match.group(1): node for node in found
             if node.present == present
             and (match := re.search(r"VID_3A9D&PID_9001&(MI_\d\d)\\", node.instance_id))}
 
@@ -26,27 +31,30 @@ def services(on: Machine) -> dict[str, str]:
 
 def new_files(on: Machine) -> list[str]:
     """The files that were not there before the first run."""
-    return sorted(snapshot.stored_files(on.prefix).keys() - on.remembered().files.keys())
+    return sorted(snapshot.stored_names(on.prefix) - on.remembered().files.keys())
 
 
-def driver_files(on: Machine) -> set[str]:
-    return {name.rsplit("/", 1)[-1].lower() for name in new_files(on) if name.endswith(".sys")
+def drivers_among(names: list[str]) -> set[str]:
+    """The driver files among new files."""
+    return {name.rsplit("/", 1)[-1].lower() for name in names if name.endswith(".sys")
             and "/drivers/" in name}
 
 
-def stored_infs(on: Machine) -> list[str]:
-    return [name.rsplit("/", 1)[-1].lower() for name in new_files(on)
+def infs_among(names: list[str]) -> list[str]:
+    """The INF store's copies among new files."""
+    return [name.rsplit("/", 1)[-1].lower() for name in names
             if re.search(r"/inf/oem\d+\.inf$", name, re.I)]
 
 
 def all_installed(on: Machine, plain: bool = False) -> None:
     """Every function has its class, its driver key and its service, and the files are in place;
     those of the plain modem too when that one is there."""
-    found = functions(on)
-    context = nodes.table(on.nodes()).split("\n")
+    seen = on.nodes()
+    found = functions_among(seen)
+    context = nodes.table(seen).split("\n")
     _check.equal("classes", {name: node.class_name for name, node in found.items()}, CLASSES,
                  context)
-    _check.equal("services", services(on), SERVICES)
+    _check.equal("services", {name: node.service for name, node in found.items()}, SERVICES)
     assert all(re.fullmatch(r"\{[0-9A-Fa-f-]{36}\}\\\d{4}", node.driver_key)
                for node in found.values()), f"driver keys: {found}"
     known = on.services()
@@ -55,8 +63,9 @@ def all_installed(on: Machine, plain: bool = False) -> None:
                      registry.plain(known[service].get("ImagePath")).lower(),
                      f"c:\\windows\\system32\\drivers\\{service}.sys")
     wanted = DRIVER_FILES | ({"ompplain.sys"} if plain else set())
-    _check.equal("driver files", driver_files(on), wanted)
-    infs = stored_infs(on)
+    names = new_files(on)
+    _check.equal("driver files", drivers_among(names), wanted)
+    infs = infs_among(names)
     _check.equal("copies of INF files", len(infs), 3 + plain, infs)
 
 
@@ -65,5 +74,6 @@ def nothing_installed(on: Machine) -> None:
     for node in functions(on).values():
         _check.equal(f"service of {node.instance_id}", node.service, "")
         _check.equal(f"driver key of {node.instance_id}", node.driver_key, "")
-    _check.equal("driver files", driver_files(on), set())
-    _check.equal("copies of INF files", stored_infs(on), [])
+    names = new_files(on)
+    _check.equal("driver files", drivers_among(names), set())
+    _check.equal("copies of INF files", infs_among(names), [])

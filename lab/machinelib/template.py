@@ -19,7 +19,8 @@ _OWN_FOLDERS = ("drive_c/windows/inf", layout.DRIVERS, "drive_c/windows/temp", "
 
 # Hardware of the host stays out, as do its network and an event log, which take as long to start as
 # all the rest; no window is needed unless a run wants one, and a window closes at once although no
-# window manager runs.
+# window manager runs. Of the buses the nodes go too: for a node Wine loads even a driver whose
+# service is disabled.
 _SETTINGS = """
 [HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Services\\winebus]
 "Start"=dword:00000004

@@ -32,8 +32,8 @@ void GuardMemory(bool guard) {
     GuardedOneIn = 1;
 }
 
-void GuardOneIn(int blocks) {
-    GuardedOneIn = blocks;
+void GuardSome() {
+    GuardedOneIn = 7;
 }
 
 void FailNothrowNew(int k) {

@@ -17,9 +17,9 @@ public:
 // Called as machines come and go.
 void GuardMemory(bool guard);
 
-// Guards one in so many blocks, others in each run: enough where the same calls are repeated in
+// Guards one block in seven, others in each run: enough where the same calls are repeated in
 // thousands of runs, of which each would otherwise cost ten times as much. Until the machine goes.
-void GuardOneIn(int blocks);
+void GuardSome();
 
 // The k-th new(std::nothrow) from now on (from 1) gives null; 0: none.
 void FailNothrowNew(int k);

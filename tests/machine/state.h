@@ -5,7 +5,7 @@
 #include "machine/handles.h"
 #include "machine/machine.h"
 #include "machine/registry_tree.h"
-#include "machine/scheduler.h"
+#include "machine/threads/scheduler.h"
 
 #include <deque>
 #include <set>

@@ -66,7 +66,7 @@ TEST_CASE("Whichever call fails, the scripted sections end and touch nothing els
     Machine m;
     m.SetStepBudget(50'000'000, std::chrono::hours(1));
     // The runs are much alike.
-    GuardOneIn(7);
+    GuardSome();
     m.WriteIni(Script);
     // A setting that cannot be read is one that is not there.
     m.CountSettingsToo();

@@ -88,7 +88,7 @@ TEST_CASE("Without a section name nothing runs and nothing is read") {
 TEST_CASE("A count mistyped by millions comes to an end") {
     Machine m;
     // Ten thousand lines are read alike.
-    GuardOneIn(7);
+    GuardSome();
     // Behind the last line nothing is read from the file any more: that would only take time.
     m.FailCallsFrom("GetPrivateProfileStringW", 1000, ERROR_NOT_ENOUGH_MEMORY);
     CHECK(Run(m, L"[S]\r\nOPERNUM=2147483647\r\nOPER00=a\r\nOPER120=b\r\n"));

@@ -2,7 +2,7 @@
 // thread takes longer than what most of them do.
 #pragma once
 
-#include "machine/turn.h"
+#include "machine/threads/turn.h"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "machine/turn.h"
+#include "machine/threads/turn.h"
 
 namespace machine {
 

@@ -3,8 +3,8 @@
 // what a test sees does not depend on the machine that runs it.
 #pragma once
 
-#include "machine/real_threads.h"
-#include "machine/turn.h"
+#include "machine/threads/real_threads.h"
+#include "machine/threads/turn.h"
 #include "platform/platform.h"
 
 #include <cstdint>

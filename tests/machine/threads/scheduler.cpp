@@ -1,4 +1,4 @@
-#include "machine/scheduler.h"
+#include "machine/threads/scheduler.h"
 
 #include "machine/machine.h"
 #include "machine/text.h"

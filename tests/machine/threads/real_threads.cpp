@@ -1,4 +1,4 @@
-#include "machine/real_threads.h"
+#include "machine/threads/real_threads.h"
 
 #include "machine/guarded_memory.h"
 

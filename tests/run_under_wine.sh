@@ -17,6 +17,11 @@ wine=/usr/lib/wine/wine64
     exit 2
 }
 
+# Wine needs one page at an address of its own, and ends without a word when the kernel has put the heap
+# there: where addresses are drawn by lot, one start in some thousands. Not every container allows this.
+start=()
+setarch -R true 2>/dev/null && start=(setarch -R)
+
 export WINEPREFIX=$prefix
 export WINEDEBUG=${WINEDEBUG:-fixme-all,err-all}
 # Without winedbg a crash ends the process at once instead of waiting for a debugger.
@@ -27,7 +32,7 @@ mkdir -p "$prefix"
     # Several tests may start at the same time: the first one makes the prefix.
     flock 9
     if [ ! -e "$prefix/.ready" ]; then
-        env -u DISPLAY timeout 120 "$wine" wineboot -i >/dev/null 2>&1
+        env -u DISPLAY timeout 120 "${start[@]}" "$wine" wineboot -i >/dev/null 2>&1
         touch "$prefix/.ready"
     fi
 ) 9>"$prefix/.lock"
@@ -42,6 +47,6 @@ server=/usr/lib/wine/wineserver64
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 status=0
-timeout "${SETUP_TEST_TIMEOUT:-300}" "$wine" "$@" >"$output" 2>&1 </dev/null || status=$?
+timeout "${SETUP_TEST_TIMEOUT:-300}" "${start[@]}" "$wine" "$@" >"$output" 2>&1 </dev/null || status=$?
 cat "$output"
 exit "$status"

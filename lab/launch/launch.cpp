@@ -43,8 +43,9 @@ bool Start(wchar_t* commandLine, PROCESS_INFORMATION& made) {
                           nullptr, &startup, &made) != FALSE;
 }
 
-// On a busy host Wine 8 fails now and then to make a process, with ERROR_INTERNAL_ERROR: nothing
-// has run then, and it is tried once more.
+// Where addresses are drawn by lot, Wine ends a new process now and then before its program begins,
+// for want of a page of its own, and tells ERROR_INTERNAL_ERROR: nothing has run then, and it is
+// tried once more.
 bool StartOrTryAgain(wchar_t* commandLine, PROCESS_INFORMATION& made) {
     std::wstring copy = commandLine; // CreateProcessW may write into it
     if (Start(copy.data(), made)) {

@@ -1,5 +1,6 @@
 """Host processes: Wine's server and programs, and being told to stop."""
 
+import functools
 import os
 import pathlib
 import signal
@@ -43,7 +44,19 @@ def command(prefix: pathlib.Path, program: str, *arguments: str) -> list[str]:
     """The host command that starts a program of a machine."""
     bound = os.geteuid() == 0 and (prefix.parent / "bound").exists()
     return ["taskset", "--cpu-list", str(_core(prefix)),
-            *(["setpriv", "--bounding-set=-dac_override"] if bound else []), program, *arguments]
+            *(["setpriv", "--bounding-set=-dac_override"] if bound else []),
+            *_at_fixed_addresses(), program, *arguments]
+
+
+@functools.cache
+def _at_fixed_addresses() -> tuple[str, ...]:
+    """What starts a program at the same addresses each time, where the host allows it. Wine needs
+    one page at an address of its own, and ends without a word when the kernel has put the heap
+    there: where addresses are drawn by lot, one start in some thousands."""
+    call = ("setarch", "-R")
+    allowed = subprocess.run([*call, "true"], check=False, stdout=subprocess.DEVNULL,
+                             stderr=subprocess.DEVNULL).returncode == 0
+    return call if allowed else ()
 
 
 def _core(prefix: pathlib.Path) -> int:

@@ -47,8 +47,9 @@ def _make(prefix: pathlib.Path) -> None:
     prefix.mkdir(parents=True)
     host.server(prefix, "-p")
     try:
-        subprocess.run([layout.WINE, "wineboot", "-i"], env=host.environment(prefix), timeout=180,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+        subprocess.run(host.command(prefix, layout.WINE, "wineboot", "-i"), timeout=180,
+                       env=host.environment(prefix), stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL, check=False)
     finally:
         host.end_session(prefix)
     if not (prefix / "system.reg").exists():

@@ -65,8 +65,6 @@ int RunFailing(Machine& m, int k, DWORD error) {
 TEST_CASE("Whichever call fails, the scripted sections end and touch nothing else") {
     Machine m;
     m.SetStepBudget(50'000'000, std::chrono::hours(1));
-    // The runs are much alike.
-    GuardSome();
     m.WriteIni(Script);
     // A setting that cannot be read is one that is not there.
     m.CountSettingsToo();

@@ -2,7 +2,6 @@
 #include "operations/operation_section.h"
 
 #include "common/run_state.h"
-#include "machine/guarded_memory.h"
 #include "machine/machine.h"
 #include "support/doctest_support.h"
 
@@ -87,8 +86,6 @@ TEST_CASE("Without a section name nothing runs and nothing is read") {
 
 TEST_CASE("A count mistyped by millions comes to an end") {
     Machine m;
-    // Ten thousand lines are read alike.
-    GuardSome();
     // Behind the last line nothing is read from the file any more: that would only take time.
     m.FailCallsFrom("GetPrivateProfileStringW", 1000, ERROR_NOT_ENOUGH_MEMORY);
     CHECK(Run(m, L"[S]\r\nOPERNUM=2147483647\r\nOPER00=a\r\nOPER120=b\r\n"));

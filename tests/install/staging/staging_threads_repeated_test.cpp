@@ -19,7 +19,6 @@ void Repeat(int infs, std::wstring_view ini, Prepare prepare, Check check) {
     for (unsigned seed = 1; seed <= Rounds; ++seed) {
         CAPTURE(seed);
         Machine m;
-        GuardSome();
         AddPacket(m, infs, ini);
         InstallModeValue = 0;
         prepare(m);

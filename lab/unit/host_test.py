@@ -3,11 +3,15 @@
 import contextlib
 import io
 import pathlib
+import subprocess
 import tempfile
 import unittest
 from unittest import mock
 
 from machinelib import host, layout
+
+# As the kernel counts it.
+ADDRESSES_NOT_BY_LOT = 0x40000
 
 # Fails as often as the file beside it says, and counts there.
 TOOL = """#!/bin/sh
@@ -18,6 +22,15 @@ echo "said $left on errors" >&2
 echo $((left - 1)) >"$0.left"
 exit 7
 """
+
+
+class Command(unittest.TestCase):
+    def test_a_program_starts_at_fixed_addresses_where_the_host_allows_it(self):
+        allowed = subprocess.run(["setarch", "-R", "true"], check=False,
+                                 stderr=subprocess.DEVNULL).returncode == 0
+        command = host.command(pathlib.Path("machine", "prefix"), "cat", "/proc/self/personality")
+        printed = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+        self.assertEqual(int(printed, 16) & ADDRESSES_NOT_BY_LOT != 0, allowed)
 
 
 class Capture(unittest.TestCase):
